@@ -1,0 +1,22 @@
+#pragma once
+
+#include <chrono>
+
+#include <ParvelaKit/CivilDate.h>
+
+namespace parvela {
+
+/// A moment, in milliseconds since 1970-01-01 UTC.
+using Instant = std::chrono::sys_time<std::chrono::milliseconds>;
+
+/// Where the time comes from. Injected, so that tests choose it.
+class Clock {
+public:
+    virtual ~Clock() = default;
+
+    virtual Instant now() const = 0;
+    /// The calendar date of now() in the user's current time zone.
+    virtual CivilDate today() const = 0;
+};
+
+}  // namespace parvela
