@@ -16,7 +16,8 @@ def become_subreaper():
     _libc.prctl(_PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
 
 
-def _end_with_parent():
+def end_with_parent():
+    """Asks the kernel to end this process when its parent ends; to be called between fork and exec."""
     _libc.prctl(_PR_SET_PDEATHSIG, signal.SIGTERM, 0, 0, 0)
 
 
@@ -30,7 +31,7 @@ class Process:
         try:
             self.popen = subprocess.Popen(
                 self.arguments, env=env, stdin=stdin, stdout=output, stderr=subprocess.STDOUT if output else None,
-                pass_fds=pass_fds, cwd=cwd, start_new_session=log is not None, preexec_fn=_end_with_parent)
+                pass_fds=pass_fds, cwd=cwd, start_new_session=log is not None, preexec_fn=end_with_parent)
         finally:
             if output:
                 output.close()

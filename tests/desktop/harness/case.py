@@ -1,0 +1,74 @@
+"""The base of desktop tests: a session, on request the local service and the application, and a report when a test fails."""
+
+import shutil
+import signal
+import unittest
+
+from . import programs, windows
+from .application import Application
+from .service import LocalService
+from .session import Keyring, Session, WindowManager
+
+# No test needs nearly as long; one that hangs must not hang the whole run.
+_LONGEST_TEST = 150
+
+
+def report_folder():
+    return programs.build_tree() / "desktop-failures"
+
+
+class DesktopTest(unittest.TestCase):
+    """Each test gets a fresh session; a class chooses its kind by these."""
+
+    keyring = Keyring.unlocked
+    window_manager = WindowManager.openbox
+    size = (1280, 800)
+
+    def setUp(self):
+        signal.signal(signal.SIGALRM, self._took_too_long)
+        signal.alarm(_LONGEST_TEST)
+        self.addCleanup(signal.alarm, 0)
+        self.session = Session(keyring=self.keyring, window_manager=self.window_manager, size=self.size)
+        self.session.__enter__()
+        self.addCleanup(self.session.close)
+        self.addCleanup(self._report_failure)
+
+    def _took_too_long(self, *_):
+        raise AssertionError(f"the test took longer than {_LONGEST_TEST} s")
+
+    def use_service(self):
+        """Brings up the local service; `person` is the demo person signed in with it."""
+        self.service = LocalService(self.session)
+        self.person = self.service.person()
+
+    def use_application(self, web_url=None, api_url=None):
+        """Prepares the application, pointed at the local service unless told otherwise. It is not started yet."""
+        self.app = Application(self.session, web_url or self.service.web_url, api_url or self.service.api_url)
+
+    def accessibility(self):
+        tree = self.app.accessibility()
+        self.addCleanup(tree.close)
+        return tree
+
+    def _report_failure(self):
+        """A picture of the screen and what the programs said, while the session still stands."""
+        outcome = self._outcome.result
+        if not any(test is self for test, _ in outcome.failures + outcome.errors):
+            return
+        folder = report_folder() / self.id()
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+        (folder / "programs.log").write_text(self.session.logs(), encoding="utf-8")
+        try:
+            windows.screenshot(self.session, folder / "screen.png")
+        except (RuntimeError, OSError) as error:
+            (folder / "no-screen.txt").write_text(str(error), encoding="utf-8")
+        print(f"report of {self.id()}: {folder}", flush=True)
+
+
+def link(test):
+    """Signs the demo person in inside the application's window and links the device. Returns the page."""
+    page = test.app.page(test.service.web_url)
+    page.press("Continue as")
+    page.press("Allow")
+    return page

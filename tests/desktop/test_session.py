@@ -1,0 +1,71 @@
+"""The private session keeps its own promises: other tests rest on them."""
+
+import os
+import unittest
+
+from harness import processes, windows
+from harness.case import DesktopTest
+from harness.session import Keyring, Session, WindowManager
+
+
+def find_secret(session):
+    return session.run("secret-tool", "lookup", "purpose", "test")
+
+
+class PrivateSession(DesktopTest):
+    def test_everything_ends_with_it(self):
+        with Session() as session:
+            marker = session.env["PARVELA_SESSION"]
+            # A program that leaves a grandchild behind, which ignores polite requests.
+            session.run("sh", "-c", "setsid sh -c 'trap \"\" TERM; while :; do sleep 1; done' >/dev/null 2>&1 &")
+            self.assertTrue(processes.descendants(f"PARVELA_SESSION={marker}"))
+        self.assertEqual([], processes.descendants(f"PARVELA_SESSION={marker}"))
+        self.assertFalse(os.path.exists(marker))
+
+    def test_links_go_to_the_recording_browser(self):
+        self.session.run("gio", "open", "https://example.org/a?b=c%20d")
+        self.assertEqual(["https://example.org/a?b=c%20d"], self.session.browser_urls())
+
+    def test_secrets_are_kept_while_the_keyring_is_unlocked(self):
+        self.session.run("secret-tool", "store", "--label=Test", "purpose", "test", stdin="hush")
+        self.assertEqual("hush", find_secret(self.session).stdout)
+
+    def test_nothing_of_the_users_is_within_reach(self):
+        for name in ("HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"):
+            self.assertTrue(self.session.env[name].startswith(str(self.session.root)), name)
+        for name in ("WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SYSTEM_BUS_ADDRESS"):
+            self.assertNotIn(name, self.session.env)
+
+
+class WithoutKeyring(DesktopTest):
+    keyring = Keyring.absent
+
+    def test_no_secret_service_answers_and_none_is_started(self):
+        result = find_secret(self.session)
+        self.assertNotEqual(0, result.returncode)
+        self.assertIn("org.freedesktop.secrets", result.stderr)
+
+
+class WithLockedKeyring(DesktopTest):
+    keyring = Keyring.locked
+
+    def test_the_default_collection_is_locked(self):
+        result = self.session.run(
+            "gdbus", "call", "--session", "--dest", "org.freedesktop.secrets", "--object-path",
+            "/org/freedesktop/secrets/aliases/default", "--method", "org.freedesktop.DBus.Properties.Get",
+            "org.freedesktop.Secret.Collection", "Locked")
+        self.assertEqual("(<true>,)", result.stdout.strip())
+
+
+class WithCompositingWindowManager(DesktopTest):
+    window_manager = WindowManager.mutter
+
+    def test_windows_are_seen_and_take_real_keys(self):
+        xev = self.session.start("xev", "-event", "keyboard")
+        windows.wait_for_window(self.session, lambda window: "Event Tester" in window.title).activate()
+        windows.press(self.session, "ctrl+t")
+        windows.wait_until(lambda: "keysym 0x74, t" in xev.output(), "the key press", timeout=5)
+
+
+if __name__ == "__main__":
+    unittest.main()
