@@ -1,0 +1,30 @@
+#pragma once
+
+#include <ParvelaKit/Clock.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+/// Small JSON documents as text, without exceptions: for records that the kit keeps or exchanges by itself. The answers
+/// of the service have their own decoder.
+namespace parvela::jsonText {
+
+inline constexpr std::size_t maximumDepth = 64;
+
+/// Sorted keys, no white space; invalid UTF-8 becomes U+FFFD.
+std::string write(const nlohmann::json& value);
+/// None when `text` is no JSON, or is nested more than `maximumDepth` deep.
+std::optional<nlohmann::json> read(std::string_view text);
+
+/// The entry of that name when it is a string, else none.
+std::optional<std::string> string(const nlohmann::json& object, std::string_view name);
+/// The entry of that name in milliseconds since 1970-01-01 UTC when it is a number that fits, else none.
+std::optional<Instant> instant(const nlohmann::json& object, std::string_view name);
+/// `milliseconds` as an Instant, without the fraction; none when it is not finite or does not fit.
+std::optional<Instant> instantFrom(double milliseconds);
+
+}  // namespace parvela::jsonText

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <ParvelaKit/Clock.h>
+
+namespace parvela::test {
+
+/// Stands still until the test moves it. Its day is the UTC day of its time.
+class FakeClock final : public Clock {
+public:
+    explicit FakeClock(Instant start = Instant(std::chrono::sys_days(std::chrono::year(2026) / 6 / 10)) +
+                                       std::chrono::hours(9))
+        : time(start) {}
+
+    Instant now() const override { return time; }
+    CivilDate today() const override {
+        return CivilDate::fromDayNumber(std::chrono::floor<std::chrono::days>(time).time_since_epoch().count());
+    }
+    void advance(std::chrono::milliseconds by) { time += by; }
+
+    Instant time;
+};
+
+}  // namespace parvela::test
