@@ -1,5 +1,6 @@
 #include "JsonText.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace parvela::jsonText {
@@ -26,10 +27,35 @@ bool isShallow(std::string_view text) {
     return true;
 }
 
+enum class Surrogate { none, high, low };
+
+/// Whether an escape such as "\\uD83D" stands at the start of `text`.
+Surrogate surrogateAt(std::string_view text) {
+    constexpr std::string_view hexDigits = "0123456789abcdefABCDEF";
+    if (text.size() < 6 || !text.starts_with("\\u") || (text[2] != 'd' && text[2] != 'D')) return Surrogate::none;
+    if (text.substr(3, 3).find_first_not_of(hexDigits) != std::string_view::npos) return Surrogate::none;
+    if (std::string_view("89abAB").contains(text[3])) return Surrogate::high;
+    return std::string_view("cdefCDEF").contains(text[3]) ? Surrogate::low : Surrogate::none;
+}
+
 }  // namespace
 
-std::string write(const nlohmann::json& value) {
-    return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+std::string withoutUnpairedSurrogates(std::string_view text) {
+    std::string clean;
+    clean.reserve(text.size());
+    while (!text.empty()) {
+        const auto escape = text.find('\\');
+        clean += text.substr(0, escape);
+        if (escape == std::string_view::npos) break;
+        text.remove_prefix(escape);
+
+        const Surrogate kind = surrogateAt(text);
+        std::size_t length = kind == Surrogate::none ? 2 : 6;
+        if (kind == Surrogate::high && surrogateAt(text.substr(6)) == Surrogate::low) length = 12;
+        clean += length == 6 ? "\\ufffd" : text.substr(0, length);
+        text.remove_prefix(std::min(length, text.size()));
+    }
+    return clean;
 }
 
 std::optional<nlohmann::json> read(std::string_view text) {

@@ -15,10 +15,17 @@ namespace parvela::jsonText {
 
 inline constexpr std::size_t maximumDepth = 64;
 
-/// Sorted keys, no white space; invalid UTF-8 becomes U+FFFD.
-std::string write(const nlohmann::json& value);
+/// No white space; invalid UTF-8 becomes U+FFFD.
+template <class Json>
+std::string write(const Json& value) {
+    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
 /// None when `text` is no JSON, or is nested more than `maximumDepth` deep.
 std::optional<nlohmann::json> read(std::string_view text);
+
+/// JSON text with U+FFFD for each escape of half a UTF-16 surrogate pair. A page that cuts a string between the halves
+/// sends such text, and parsers refuse it whole.
+std::string withoutUnpairedSurrogates(std::string_view text);
 
 /// The entry of that name when it is a string, else none.
 std::optional<std::string> string(const nlohmann::json& object, std::string_view name);
