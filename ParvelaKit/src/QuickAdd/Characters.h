@@ -1,0 +1,44 @@
+#pragma once
+
+#include "QuickAdd/SmallBuffer.h"
+
+#include <string>
+#include <string_view>
+
+namespace parvela::QuickAdd {
+
+/// Room for a line of ordinary length.
+using Utf16Buffer = SmallBuffer<char16_t, 256>;
+
+bool isWhiteSpaceOutsideAscii(char16_t unit);
+
+/// Unicode White_Space; all of it lies in the basic plane.
+inline bool isWhiteSpace(char16_t unit) {
+    if (unit > 0x7f) return isWhiteSpaceOutsideAscii(unit);
+    return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
+}
+
+inline bool isAsciiDigit(char32_t character) {
+    return character >= U'0' && character <= U'9';
+}
+
+inline char16_t asciiLower(char16_t unit) {
+    return static_cast<char16_t>(unit >= u'A' && unit <= u'Z' ? unit + 32 : unit);
+}
+
+bool isAscii(std::u16string_view text);
+std::u16string_view trimmed(std::u16string_view text);
+
+/// Invalid sequences become U+FFFD. Throws std::length_error from 2³¹ bytes on.
+void decodeUtf8(std::string_view text, Utf16Buffer& decoded);
+std::u16string utf16(std::string_view text);
+/// Unpaired surrogates become U+FFFD.
+void appendUtf8(std::string& text, std::u16string_view appended);
+std::string utf8(std::u16string_view text);
+
+/// Full lower-case mapping, independent of the locale.
+std::u16string lowercased(std::u16string_view text);
+/// Lower-cased and in canonical composition, so that canonically equivalent names become the same text.
+std::u16string folded(std::u16string_view text);
+
+}  // namespace parvela::QuickAdd

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "QuickAdd/Characters.h"
+#include "QuickAdd/Vocabulary.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace parvela::QuickAdd {
+
+/// A piece of the line between white space. Its core is the piece without the punctuation around it, and may be empty.
+/// Offsets are in UTF-16 code units of the line.
+struct Word {
+    std::uint32_t start = 0;   ///< of the core
+    std::uint32_t end = 0;     ///< of the core
+    std::uint32_t rawEnd = 0;  ///< of the whole piece
+    std::uint32_t lowerStart = 0;
+    std::uint32_t lowerLength = 0;
+    Term term;
+    bool consumed = false;  ///< belongs to a token
+    bool literal = false;   ///< to be taken as plain text
+    bool quoted = false;    ///< belongs to a quoted name that is no label
+};
+
+/// A line cut into words. The text must outlive it.
+class Line {
+public:
+    explicit Line(std::u16string_view text);
+
+    std::u16string_view text() const { return text_; }
+    std::size_t size() const { return words_.size(); }
+    const Word& operator[](std::size_t index) const { return words_[index]; }
+
+    /// The lower-cased core.
+    std::u16string_view lower(std::size_t index) const {
+        return {lowered_.data() + words_[index].lowerStart, words_[index].lowerLength};
+    }
+
+    /// Whether the word exists and may still be recognised.
+    bool isAvailable(std::size_t index) const {
+        if (index >= words_.size()) return false;
+        const Word& word = words_[index];
+        return !word.consumed && !word.literal && !word.quoted;
+    }
+    /// False for the great part of words, in which nothing can be found whatever stands beside them.
+    bool mayBeRecognised(std::size_t index) const {
+        if (!isAvailable(index) || words_[index].lowerLength == 0) return false;
+        const char16_t first = lowered_[words_[index].lowerStart];
+        return words_[index].term.kind != TermKind::none || isAsciiDigit(first) || first == u'@' || first == u'#';
+    }
+    /// What the word stands for; nothing when it is not available.
+    Term term(std::size_t index) const { return isAvailable(index) ? words_[index].term : Term(); }
+
+    void consume(std::size_t index) { words_[index].consumed = true; }
+    void makeLiteral(std::size_t index) { words_[index].literal = true; }
+    void makeQuoted(std::size_t index) { words_[index].quoted = true; }
+
+private:
+    void split();
+    /// Lower-cases the line in one go when that keeps every offset, which is so for all lines but those with a capital
+    /// dotted I.
+    bool lowerWhole();
+    void lowerEachWord();
+
+    std::u16string_view text_;
+    SmallBuffer<Word, 48> words_;
+    Utf16Buffer lowered_;
+};
+
+}  // namespace parvela::QuickAdd
