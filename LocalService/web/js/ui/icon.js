@@ -78,12 +78,13 @@ export function Icon({ name, size = 20 }) {
   </svg>`;
 }
 
-/** The mark of Parvela. */
+/** The mark of Parvela: a letter that is also a board's column and the card just done. */
 export function Mark({ size = 28 }) {
-  return html`<svg class="mark" width=${size} height=${size} viewBox="0 0 32 32" aria-hidden="true" focusable="false">
-    <rect class="mark-ground" width="32" height="32" rx="9" />
-    <rect class="mark-ink" x="8" y="8" width="5" height="16" rx="2.5" />
-    <path class="mark-stroke" d="M15.5 8h3.6a5.4 5.4 0 0 1 0 10.8h-3.6" />
+  return html`<svg class="mark" width=${size} height=${size} viewBox="12 12 104 104" aria-hidden="true" focusable="false">
+    <rect class="mark-ground" x="12" y="12" width="104" height="104" rx="26" />
+    <path class="mark-ink" d="M42 32h3a7 7 0 0 1 7 7v50a7 7 0 0 1-7 7h-3a7 7 0 0 1-7-7V39a7 7 0 0 1 7-7z" />
+    <path class="mark-ink" d="M65 32h8.5a21.5 21.5 0 0 1 0 43H65a7 7 0 0 1-7-7V39a7 7 0 0 1 7-7z" />
+    <path class="mark-tick" d="m66.5 54 6.5 6.5 11.5-13" />
   </svg>`;
 }
 
