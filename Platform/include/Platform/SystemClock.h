@@ -1,0 +1,14 @@
+#pragma once
+
+#include <ParvelaKit/Clock.h>
+
+namespace parvela {
+
+/// The machine's clock and time zone. A zone changed while the program runs counts from the next call on.
+class SystemClock : public Clock {
+public:
+    Instant now() const override;
+    CivilDate today() const override;
+};
+
+}  // namespace parvela
