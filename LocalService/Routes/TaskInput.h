@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Domain/TaskActions.h"
+#include "Routes/BodyReader.h"
+
+namespace parvela::service {
+
+inline constexpr Text kTaskTitle = Text::line(500);
+inline constexpr Text kTaskDescription = Text::block(50000);
+
+/// The fields of a new task, except its board and list. Failures stay with `body`.
+TaskActions::NewTask readNewTask(BodyReader& body);
+/// The fields of an edit, except the list. An absent key keeps the field; null clears it.
+TaskActions::Edit readTaskEdit(BodyReader& body);
+
+}  // namespace parvela::service
