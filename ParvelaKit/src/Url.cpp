@@ -1,9 +1,9 @@
-#include <glib.h>
+#include <ParvelaKit/Text.h>
+#include <ParvelaKit/Url.h>
 
 #include <memory>
 
-#include <ParvelaKit/Text.h>
-#include <ParvelaKit/Url.h>
+#include <glib.h>
 
 namespace parvela {
 
@@ -14,29 +14,44 @@ struct GFree {
 };
 using GString = std::unique_ptr<char, GFree>;
 
-bool isHexDigit(char c) { return g_ascii_isxdigit(c) != 0; }
+bool isHexDigit(char c) {
+    return g_ascii_isxdigit(c) != 0;
+}
 
-/// RFC 3986: the unreserved, reserved and "%" characters; "%" only before two hexadecimal digits.
-bool hasOnlyUrlCharacters(std::string_view text) {
+/// The unreserved and reserved characters of RFC 3986.
+bool isUrlCharacter(char c) {
     constexpr std::string_view marks = "-._~:/?#[]@!$&'()*+,;=";
+    return g_ascii_isalnum(c) || marks.find(c) != std::string_view::npos;
+}
+
+bool isEscapeAt(std::string_view text, std::size_t i) {
+    return text[i] == '%' && i + 2 < text.size() && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2]);
+}
+
+bool hasOnlyUrlCharacters(std::string_view text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (c == '%') {
-            if (i + 2 >= text.size() || !isHexDigit(text[i + 1]) || !isHexDigit(text[i + 2])) return false;
-        } else if (!g_ascii_isalnum(c) && marks.find(c) == std::string_view::npos) {
-            return false;
-        }
+        if (!isUrlCharacter(text[i]) && !isEscapeAt(text, i)) return false;
     }
     return true;
+}
+
+std::string escaped(char c) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(c);
+    return {'%', digits[byte >> 4U], digits[byte & 15U]};
 }
 
 bool isKept(char c, UrlCharacters kept) {
     if (g_ascii_isalnum(c)) return true;
     switch (kept) {
-        case UrlCharacters::alphanumerics: return false;
-        case UrlCharacters::path: return std::string_view("-._~!$&'()*+,=:@/").contains(c);
-        case UrlCharacters::pathSegment: return std::string_view("-._~!$&'()*+,=:@").contains(c);
-        case UrlCharacters::queryItem: return std::string_view("-._~!$'()*,:@/?").contains(c);
+        case UrlCharacters::alphanumerics:
+            return false;
+        case UrlCharacters::path:
+            return std::string_view("-._~!$&'()*+,=:@/").contains(c);
+        case UrlCharacters::pathSegment:
+            return std::string_view("-._~!$&'()*+,=:@").contains(c);
+        case UrlCharacters::queryItem:
+            return std::string_view("-._~!$'()*,:@/?").contains(c);
     }
     return false;
 }
@@ -47,10 +62,11 @@ std::optional<Url> Url::parse(std::string_view text) {
     if (!hasOnlyUrlCharacters(text)) return std::nullopt;
 
     const std::string terminated(text);
-    char *scheme = nullptr, *userInfo = nullptr, *host = nullptr, *path = nullptr, *query = nullptr, *fragment = nullptr;
+    char *scheme = nullptr, *userInfo = nullptr, *host = nullptr, *path = nullptr, *query = nullptr,
+         *fragment = nullptr;
     int port = -1;
-    if (!g_uri_split(terminated.c_str(), G_URI_FLAGS_ENCODED, &scheme, &userInfo, &host, &port, &path, &query, &fragment,
-                     nullptr)) {
+    if (!g_uri_split(terminated.c_str(), G_URI_FLAGS_ENCODED, &scheme, &userInfo, &host, &port, &path, &query,
+                     &fragment, nullptr)) {
         return std::nullopt;
     }
     const GString ownedScheme(scheme), ownedUserInfo(userInfo), ownedHost(host), ownedPath(path), ownedQuery(query),
@@ -75,11 +91,30 @@ std::optional<Url> Url::parse(std::string_view text) {
     return url;
 }
 
-std::string Url::lowercaseScheme() const { return asciiLowercased(scheme_); }
+std::optional<Url> Url::parseFromEngine(std::string_view text) {
+    std::string strict;
+    strict.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (isUrlCharacter(text[i]) || isEscapeAt(text, i)) {
+            strict += text[i];
+        } else {
+            strict += escaped(text[i]);
+        }
+    }
+    return parse(strict);
+}
 
-std::string Url::lowercaseHost() const { return host_ ? lowercased(*host_) : std::string(); }
+std::string Url::lowercaseScheme() const {
+    return asciiLowercased(scheme_);
+}
 
-std::optional<std::string> Url::decodedPath() const { return percentDecode(path_); }
+std::string Url::lowercaseHost() const {
+    return host_ ? lowercased(*host_) : std::string();
+}
+
+std::optional<std::string> Url::decodedPath() const {
+    return percentDecode(path_);
+}
 
 std::optional<Url> Url::compose(const Url& parts) {
     std::string text;
@@ -87,7 +122,8 @@ std::optional<Url> Url::compose(const Url& parts) {
     if (parts.host_) {
         text += "//";
         if (parts.userInfo_) text += *parts.userInfo_ + "@";
-        text += parts.bracketedHost_ ? "[" + *parts.host_ + "]" : percentEncode(*parts.host_, UrlCharacters::pathSegment);
+        text +=
+            parts.bracketedHost_ ? "[" + *parts.host_ + "]" : percentEncode(*parts.host_, UrlCharacters::pathSegment);
         if (parts.port_) text += ":" + std::to_string(*parts.port_);
     }
     text += parts.path_;
@@ -122,15 +158,13 @@ std::optional<Url> Url::resolving(std::string_view reference) const {
 }
 
 std::string percentEncode(std::string_view text, UrlCharacters kept) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     std::string encoded;
     encoded.reserve(text.size());
     for (const char c : text) {
         if (isKept(c, kept)) {
             encoded += c;
         } else {
-            const auto byte = static_cast<unsigned char>(c);
-            encoded += {'%', digits[byte >> 4U], digits[byte & 15U]};
+            encoded += escaped(c);
         }
     }
     return encoded;

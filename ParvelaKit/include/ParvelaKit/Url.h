@@ -12,12 +12,15 @@ namespace parvela {
 
 /// A URL or relative reference as RFC 3986 defines it. Immutable; keeps the text it was made from.
 ///
-/// Parsing is strict: raw blanks, control or non-ASCII characters, broken percent escapes and ports that are no number up to
-/// 65535 fail. Components are kept as written (percent escapes included), except that the host is decoded and an IPv6 host
-/// loses its brackets.
+/// Parsing is strict: raw blanks, control or non-ASCII characters, broken percent escapes and ports that are no number
+/// up to 65535 fail. Components are kept as written (percent escapes included), except that the host is decoded and an
+/// IPv6 host loses its brackets.
 class Url {
 public:
     static std::optional<Url> parse(std::string_view text);
+    /// A URL as a browser engine writes it: what RFC 3986 forbids and engines leave as it is (such as "|" in a query)
+    /// is percent-encoded first.
+    static std::optional<Url> parseFromEngine(std::string_view text);
 
     const std::string& text() const noexcept { return text_; }
     /// As written, without the colon; empty for a relative reference.

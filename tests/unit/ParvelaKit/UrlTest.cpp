@@ -43,6 +43,14 @@ TEST(Url, replacesComponents) {
     EXPECT_EQ(url->resolving("a b"), std::nullopt);
 }
 
+TEST(Url, takesWhatBrowserEnginesLeaveRaw) {
+    const auto url = Url::parseFromEngine("http://h/a|b%20c?q={1}^%zz#\"x\"");
+    ASSERT_TRUE(url);
+    EXPECT_EQ(url->text(), "http://h/a%7Cb%20c?q=%7B1%7D%5E%25zz#%22x%22");
+    EXPECT_EQ(Url::parseFromEngine("data:text/html,<b>é 100%")->text(), "data:text/html,%3Cb%3E%C3%A9%20100%25");
+    EXPECT_EQ(Url::parseFromEngine("http://[::1"), std::nullopt);
+}
+
 TEST(Url, percentEncodingRoundTrips) {
     EXPECT_EQ(percentEncode("a/b?c#d;e ü", UrlCharacters::path), "a/b%3Fc%23d%3Be%20%C3%BC");
     EXPECT_EQ(percentEncode("a/b", UrlCharacters::pathSegment), "a%2Fb");
@@ -52,7 +60,8 @@ TEST(Url, percentEncodingRoundTrips) {
 }
 
 TEST(Url, decodingRefusesBrokenEscapes) {
-    for (const char* text : {"%", "%4", "%zz", "%ff", "%00", "%C3"}) EXPECT_EQ(percentDecode(text), std::nullopt) << text;
+    for (const char* text : {"%", "%4", "%zz", "%ff", "%00", "%C3"})
+        EXPECT_EQ(percentDecode(text), std::nullopt) << text;
     EXPECT_EQ(decodeQuery("a=%zz"), std::nullopt);
 }
 
