@@ -1,0 +1,170 @@
+/** Checklists of a task. */
+import { html, useRef, useState } from '../../view.js';
+import { api, call } from '../../core/api.js';
+import { optimistic } from '../../core/cache.js';
+import { recall, remember } from '../../core/local.js';
+import { toastError } from '../../core/toasts.js';
+import { Progress } from '../../ui/bits.js';
+import { useSubmit } from '../../ui/form.js';
+import { Icon } from '../../ui/icon.js';
+
+/** Changes the checklists shown of one task, then really. */
+function changeLists(task, change, commit) {
+  return optimistic(
+    (data, key) => (key === `task:${task.key}` ? { ...data, checklists: change(data.checklists) } : data),
+    commit,
+  ).catch(toastError);
+}
+
+const mapItem = (lists, id, change) =>
+  lists.map((list) => ({ ...list, items: list.items.flatMap((item) => (item.id === id ? change(item) : [item])) }));
+
+/** @param {{ task: any, canEdit: boolean, reload: () => void }} props */
+export function Checklists({ task, canEdit, reload }) {
+  return html`${task.checklists.map(
+      (list) => html`<${Checklist} key=${list.id} task=${task} list=${list} canEdit=${canEdit} reload=${reload} />`,
+    )}
+    ${canEdit && html`<${AddChecklist} task=${task} reload=${reload} />`}`;
+}
+
+function Checklist({ task, list, canEdit, reload }) {
+  const done = list.items.filter((item) => item.done).length;
+  const remove = () =>
+    changeLists(
+      task,
+      (lists) => lists.filter((entry) => entry.id !== list.id),
+      () => api.deleteChecklist(list.id),
+    );
+  return html`<section class="task-section" aria-label=${list.title}>
+    <div class="section-head">
+      <h2>${list.title}</h2>
+      <span class="faint num">${done}/${list.items.length}</span>
+      <span class="grow"></span>
+      ${canEdit &&
+      html`<button type="button" class="icon-button icon-button-small" aria-label=${`Delete checklist ${list.title}`} title="Delete checklist" onClick=${remove}>
+        <${Icon} name="trash" size=${16} />
+      </button>`}
+    </div>
+    ${list.items.length > 0 && html`<${Progress} done=${done} total=${list.items.length} label=${`${list.title}: items done`} />`}
+    <ul class="checklist">
+      ${list.items.map((item) => html`<${Item} key=${item.id} task=${task} item=${item} canEdit=${canEdit} />`)}
+    </ul>
+    ${canEdit && html`<${AddLine} draft=${`draft.item.${list.id}`} label=${`Add to ${list.title}`} placeholder="Add an item" onAdd=${async (text) => {
+      await api.createItem(list.id, text);
+      reload();
+    }} />`}
+  </section>`;
+}
+
+function Item({ task, item, canEdit }) {
+  const [text, setText] = useState(null);
+  const flip = () =>
+    changeLists(
+      task,
+      (lists) => mapItem(lists, item.id, (entry) => [{ ...entry, done: !item.done }]),
+      () => call('POST', `/api/v1/tasks/${encodeURIComponent(task.key)}/checklist`, { item: item.id, done: !item.done }),
+    );
+  const remove = () =>
+    changeLists(
+      task,
+      (lists) => mapItem(lists, item.id, () => []),
+      () => api.deleteItem(item.id),
+    );
+  const save = () => {
+    const next = text?.trim();
+    setText(null);
+    if (!next || next === item.text) return;
+    changeLists(
+      task,
+      (lists) => mapItem(lists, item.id, (entry) => [{ ...entry, text: next }]),
+      () => api.updateItem(item.id, { text: next }),
+    );
+  };
+  return html`<li class="check-item ${item.done ? 'is-done' : ''}">
+    <button type="button" role="checkbox" class="done-check is-square" aria-checked=${String(item.done)} aria-label=${item.text} onClick=${flip}>
+      <${Icon} name="check" size=${13} />
+    </button>
+    ${text === null
+      ? html`<button type="button" class="check-text grow" aria-label=${`Edit: ${item.text}`} disabled=${!canEdit} onClick=${() => setText(item.text)}>${item.text}</button>`
+      : html`<input
+          class="input input-small grow"
+          aria-label="Item"
+          maxlength="500"
+          ref=${(input) => input && document.activeElement !== input && input.focus()}
+          value=${text}
+          onInput=${(event) => setText(event.currentTarget.value)}
+          onBlur=${save}
+          onKeyDown=${(event) => {
+            if (event.key === 'Enter') event.currentTarget.blur();
+            if (event.key === 'Escape') setText(null);
+          }}
+        />`}
+    ${canEdit &&
+    html`<button type="button" class="icon-button icon-button-small on-hover" aria-label=${`Delete: ${item.text}`} onClick=${remove}>
+      <${Icon} name="close" size=${15} />
+    </button>`}
+  </li>`;
+}
+
+/**
+ * One line to add things with, one after another.
+ * @param {{ label: string, placeholder: string, draft: string, onAdd: (text: string) => Promise<void> }} props
+ */
+export function AddLine({ label, placeholder, draft, onAdd }) {
+  const [text, setText] = useState(() => recall(draft) ?? '');
+  const change = (value) => {
+    setText(value);
+    remember(draft, value);
+  };
+  const field = useRef(null);
+  const { busy, error, submit } = useSubmit(async () => {
+    if (text.trim() === '') return;
+    await onAdd(text.trim());
+    change('');
+    field.current?.focus();
+  });
+  return html`<form class="add-line" onSubmit=${submit}>
+    <${Icon} name="plus" size=${16} />
+    <input
+      ref=${field}
+      class="add-line-field grow"
+      aria-label=${label}
+      placeholder=${placeholder}
+      maxlength="500"
+      value=${text}
+      onInput=${(event) => change(event.currentTarget.value)}
+    />
+    ${text.trim() !== '' && html`<button class="button button-small" disabled=${busy}>Add</button>`}
+    ${error && html`<p class="form-error" role="alert">${error}</p>`}
+  </form>`;
+}
+
+function AddChecklist({ task, reload }) {
+  const [open, setOpen] = useState(false);
+  const [title, setTitle] = useState('Checklist');
+  const { busy, error, submit } = useSubmit(async () => {
+    if (title.trim() === '') return;
+    await api.createChecklist(task.key, title.trim());
+    setOpen(false);
+    reload();
+  });
+  if (!open) {
+    return html`<div class="task-section task-section-tight">
+      <button type="button" class="button button-small" onClick=${() => setOpen(true)}><${Icon} name="checklist" size=${17} />Add a checklist</button>
+    </div>`;
+  }
+  return html`<form class="task-section row" onSubmit=${submit}>
+    <input
+      class="input input-small grow"
+      aria-label="Checklist title"
+      maxlength="100"
+      ref=${(input) => input && !input.dataset.ready && (input.select(), input.focus(), (input.dataset.ready = '1'))}
+      value=${title}
+      onInput=${(event) => setTitle(event.currentTarget.value)}
+      onKeyDown=${(event) => event.key === 'Escape' && setOpen(false)}
+    />
+    <button class="button button-primary button-small" disabled=${busy}>Add</button>
+    <button type="button" class="button button-small" onClick=${() => setOpen(false)}>Cancel</button>
+    ${error && html`<p class="form-error" role="alert">${error}</p>`}
+  </form>`;
+}

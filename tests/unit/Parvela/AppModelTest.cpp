@@ -1,0 +1,320 @@
+#include "Model/AppModel.h"
+#include "support/FakeClock.h"
+#include "support/FakeSecretStore.h"
+#include "support/FakeTransport.h"
+#include "support/MemoryStore.h"
+
+namespace parvela {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* boardsRoute = "GET /api/v1/boards";
+constexpr const char* dueRoute = "GET /api/v1/tasks?due=today";
+
+std::string boardsBody(const std::vector<std::string>& ids) {
+    std::string boards;
+    for (const auto& id : ids) {
+        boards += std::string(boards.empty() ? "" : ",") + R"({"id":")" + id + R"(","name":"Board )" + id +
+                  R"(","private":false,"lists":[]})";
+    }
+    return R"({"workspace":{"id":"w","name":"Studio"},"workspaces":[],"boards":[)" + boards + "]}";
+}
+
+std::string task(const std::string& id, bool done) {
+    return R"({"id":")" + id +
+           R"(","key":"TSK-1","title":"Brief","board":"B","board_id":"b","list":"L","list_id":"l",)" +
+           R"("assignees":[],"priority":"none","labels":[],"done":)" + (done ? "true" : "false") + "}";
+}
+
+std::string tasksBody(const std::vector<std::string>& tasks) {
+    std::string joined;
+    for (const auto& each : tasks) joined += (joined.empty() ? "" : ",") + each;
+    return R"({"today":"2026-06-10","tasks":[)" + joined + "]}";
+}
+
+class AppModelTest : public testing::Test {
+protected:
+    void SetUp() override { Preferences(store).setServerMode(ServerConfig::Mode::local); }
+
+    std::shared_ptr<AppModel> makeModel() {
+        AppModelEnvironment environment;
+        environment.clock = clock;
+        environment.notifications = notifications;
+        environment.showBadge = [this](std::optional<std::string> label) { badges.push_back(label.value_or("none")); };
+        environment.syncPush = [this] { ++pushSyncs; };
+        const ParvelaSession session(Preferences(store), TokenStore(secrets), network.transport(), clock);
+        auto model = AppModel::create(session, environment);
+        run(model->reloadCredentials());
+        return model;
+    }
+
+    std::shared_ptr<AppModel> makeLinkedModel() {
+        secrets->secrets["app.parvela.token 127.0.0.1:3213"] = "tk_secret";
+        return makeModel();
+    }
+
+    template <class T>
+    static T run(Task<T> work) {
+        EXPECT_TRUE(work.done());
+        return std::move(work).result();
+    }
+
+    static BridgeMessage::Link link(const std::string& workspace) {
+        return {"tk_linked", *Url::parse("http://127.0.0.1:3213"), workspace, "Studio", "Robin"};
+    }
+
+    std::shared_ptr<test::MemoryStore> store = std::make_shared<test::MemoryStore>();
+    std::shared_ptr<test::FakeSecretStore> secrets = std::make_shared<test::FakeSecretStore>();
+    std::shared_ptr<test::FakeClock> clock = std::make_shared<test::FakeClock>();
+    std::shared_ptr<NotificationCentre> notifications = std::make_shared<NotificationCentre>();
+    test::FakeTransport network;
+    std::vector<std::string> badges;
+    int pushSyncs = 0;
+};
+
+TEST_F(AppModelTest, readsServerTokenAndDefaultBoardAtTheStart) {
+    Preferences(store).setDefaultBoardID("b7");
+    const auto model = makeLinkedModel();
+    EXPECT_EQ(model->server.get(), ServerConfig::local());
+    EXPECT_TRUE(model->hasToken.get());
+    EXPECT_EQ(model->tokenHint.get(), "tk_se…");
+    EXPECT_EQ(model->defaultBoardID.get(), "b7");
+    EXPECT_EQ(makeModel()->serverRevision.get(), 0);
+}
+
+TEST_F(AppModelTest, withoutATokenNothingIsAskedOfTheService) {
+    const auto model = makeModel();
+    run(model->refreshAll());
+    run(model->createTask({}));
+    EXPECT_EQ(model->boardsError.get(), APIError::missingToken().message());
+    EXPECT_EQ(model->dueError.get(), APIError::missingToken().message());
+    EXPECT_FALSE(model->isLoadingBoards.get());
+    EXPECT_THAT(network.requests(), IsEmpty());
+}
+
+TEST_F(AppModelTest, refreshesBothListsAtOnce) {
+    const auto model = makeLinkedModel();
+    const auto boards = network.hold(boardsRoute);
+    const auto due = network.hold(dueRoute);
+    auto refreshing = model->refreshAll();
+    EXPECT_THAT(network.routes(), ElementsAre(boardsRoute, dueRoute));
+    EXPECT_TRUE(model->isLoadingBoards.get() && model->isLoadingDue.get());
+
+    due.resolve(network.ok(tasksBody({task("t1", false)})));
+    boards.resolve(network.ok(boardsBody({"b1", "b2"})));
+    ASSERT_TRUE(refreshing.done());
+    EXPECT_FALSE(model->isLoadingBoards.get() || model->isLoadingDue.get());
+    EXPECT_EQ(model->boards.get().size(), 2U);
+    EXPECT_EQ(model->workspaceName.get(), "Studio");
+    EXPECT_EQ(model->dueToday.get().size(), 1U);
+    EXPECT_EQ(model->dueLoadedAt.get(), clock->now());
+}
+
+TEST_F(AppModelTest, aFailedRefreshKeepsWhatWasThere) {
+    const auto model = makeLinkedModel();
+    network.answer(boardsRoute, 200, boardsBody({"b1"}));
+    network.answer(dueRoute, 200, tasksBody({task("t1", false)}));
+    run(model->refreshAll());
+    const auto loadedAt = model->dueLoadedAt.get();
+    clock->advance(std::chrono::minutes(1));
+    network.answer(boardsRoute, 500);
+    network.fail(dueRoute, TransportError::unreachable);
+    run(model->refreshAll());
+    EXPECT_EQ(model->boardsError.get(), APIError::server(500, "").message());
+    EXPECT_EQ(model->dueError.get(), APIError::offline().message());
+    EXPECT_EQ(model->boards.get().size(), 1U);
+    EXPECT_EQ(model->dueToday.get().size(), 1U);
+    EXPECT_EQ(model->dueLoadedAt.get(), loadedAt);
+}
+
+TEST_F(AppModelTest, repairsTheDefaultBoard) {
+    struct Case {
+        std::optional<std::string> stored;
+        std::vector<std::string> served;
+        std::optional<std::string> expected;
+        std::optional<std::string> expectedName;
+    };
+    const Case cases[] = {
+        {"b2", {"b1", "b2"}, "b2", "Board b2"},
+        {"gone", {"b1", "b2"}, "b1", "Board b1"},
+        {std::nullopt, {"b1"}, "b1", "Board b1"},
+        {"gone", {}, std::nullopt, "Old name"},
+    };
+    for (const Case& each : cases) {
+        const Preferences prefs(store);
+        prefs.setDefaultBoardID(each.stored);
+        prefs.setDefaultBoardName("Old name");
+        const auto model = makeLinkedModel();
+        network.answer(boardsRoute, 200, boardsBody(each.served));
+        run(model->refreshBoards());
+        EXPECT_EQ(model->defaultBoardID.get(), each.expected);
+        EXPECT_EQ(prefs.defaultBoardID(), each.expected);
+        EXPECT_EQ(prefs.defaultBoardName(), each.expectedName);
+    }
+}
+
+TEST_F(AppModelTest, choosingAnUnknownBoardKeepsTheStoredName) {
+    const Preferences prefs(store);
+    prefs.setDefaultBoardName("Old name");
+    makeLinkedModel()->setDefaultBoard("b9");
+    EXPECT_EQ(prefs.defaultBoardID(), "b9");
+    EXPECT_EQ(prefs.defaultBoardName(), "Old name");
+}
+
+TEST_F(AppModelTest, switchingTheServerForgetsTheOldOne) {
+    const auto model = makeLinkedModel();
+    network.answer(boardsRoute, 200, boardsBody({"b1"}));
+    run(model->refreshBoards());
+    run(model->setServer(model->server.get()));
+    EXPECT_EQ(model->serverRevision.get(), 0);
+    EXPECT_EQ(model->boards.get().size(), 1U);
+
+    run(model->setServer(ServerConfig::production()));
+    EXPECT_EQ(model->serverRevision.get(), 1);
+    EXPECT_THAT(model->boards.get(), IsEmpty());
+    EXPECT_FALSE(model->hasToken.get());
+    EXPECT_EQ(model->tokenHint.get(), std::nullopt);
+    EXPECT_EQ(Preferences(store).serverMode(), ServerConfig::Mode::production);
+}
+
+TEST_F(AppModelTest, anAnswerOfTheOldServerIsDropped) {
+    const auto model = makeLinkedModel();
+    const auto boards = network.hold(boardsRoute);
+    auto refreshing = model->refreshBoards();
+    run(model->setServer(ServerConfig::production()));
+    boards.resolve(network.ok(boardsBody({"b1"})));
+    EXPECT_TRUE(refreshing.done());
+    EXPECT_THAT(model->boards.get(), IsEmpty());
+    EXPECT_FALSE(model->isLoadingBoards.get());
+}
+
+TEST_F(AppModelTest, aSlowKeyringDoesNotBringBackTheOldToken) {
+    const auto model = makeLinkedModel();
+    secrets->hold();
+    auto slow = model->reloadCredentials();
+    auto later = model->setServer(ServerConfig::production());
+    secrets->release();
+    EXPECT_TRUE(slow.done() && later.done());
+    EXPECT_FALSE(model->hasToken.get());
+}
+
+TEST_F(AppModelTest, aLinkToAnotherWorkspaceClearsTheDefaultBoard) {
+    const auto model = makeModel();
+    int announced = 0;
+    const auto subscription = notifications->linkChanged.observe([&announced] { ++announced; });
+    const auto page = Url::parse("http://localhost:3100/home");
+    for (const auto& [workspace, kept] : {std::pair{"w1", false}, {"w1", true}, {"w2", false}}) {
+        model->setDefaultBoard("mine");
+        network.hold(boardsRoute);
+        network.hold(dueRoute);
+        ASSERT_TRUE(run(model->adoptLink(link(workspace), page)));
+        EXPECT_EQ(model->defaultBoardID.get().has_value(), kept) << workspace;
+    }
+    EXPECT_EQ(announced, 3);
+    EXPECT_EQ(pushSyncs, 3);
+    EXPECT_TRUE(model->hasToken.get());
+    EXPECT_EQ(model->linkInfo.get()->workspaceId, "w2");
+}
+
+TEST_F(AppModelTest, aRefusedLinkChangesNothing) {
+    const auto model = makeModel();
+    const auto refused = run(model->adoptLink(link("w"), Url::parse("http://localhost:9999/")));
+    ASSERT_FALSE(refused);
+    EXPECT_FALSE(model->hasToken.get());
+    EXPECT_EQ(pushSyncs, 0);
+    EXPECT_THAT(secrets->secrets, IsEmpty());
+}
+
+TEST_F(AppModelTest, unlinkingForgetsEverythingEvenWhenTheServiceFails) {
+    const auto model = makeLinkedModel();
+    network.answer(dueRoute, 200, tasksBody({task("t1", false)}));
+    run(model->refreshDue());
+    model->setBadge(3);
+    model->setTimer(TimerInfo{"TSK-1", "Brief", std::nullopt, clock->now()});
+    network.fail("POST /api/v1/token/revoke", TransportError::unreachable);
+    badges.clear();
+    run(model->unlink());
+    EXPECT_FALSE(model->hasToken.get());
+    EXPECT_THAT(secrets->secrets, IsEmpty());
+    EXPECT_THAT(model->dueToday.get(), IsEmpty());
+    EXPECT_EQ(model->timer.get(), std::nullopt);
+    EXPECT_THAT(badges, ElementsAre("none"));
+}
+
+TEST_F(AppModelTest, theBadgeShowsCountsFromOne) {
+    const auto model = makeModel();
+    for (const std::int64_t count : {5, 5, 0, -1, 1200}) model->setBadge(count);
+    EXPECT_THAT(badges, ElementsAre("5", "none", "none", "1200"));
+}
+
+TEST_F(AppModelTest, completingATaskShowsAtOnceAndIsTakenBackOnFailure) {
+    const auto model = makeLinkedModel();
+    network.answer(dueRoute, 200, tasksBody({task("t1", false), task("t2", false)}));
+    run(model->refreshDue());
+
+    const auto answer = network.hold("PATCH /api/v1/tasks/t2");
+    auto completing = model->setDone("t2", true);
+    EXPECT_TRUE(model->dueToday.get()[1].done);
+    answer.resolve(Failure(TransportError::timedOut));
+    EXPECT_TRUE(completing.done());
+    EXPECT_FALSE(model->dueToday.get()[1].done);
+    EXPECT_EQ(model->dueError.get(), APIError::timedOut().message());
+    EXPECT_EQ(network.requests().back().body, R"({"done":true})");
+
+    network.answer("PATCH /api/v1/tasks/t2", 200, task("t2", true));
+    run(model->setDone("t2", true));
+    EXPECT_TRUE(model->dueToday.get()[1].done);
+    EXPECT_EQ(model->dueError.get(), std::nullopt);
+}
+
+TEST_F(AppModelTest, completingFindsItsTaskAgainAfterTheListMoved) {
+    const auto model = makeLinkedModel();
+    network.answer(dueRoute, 200, tasksBody({task("t1", false), task("t2", false)}));
+    run(model->refreshDue());
+    const auto answer = network.hold("PATCH /api/v1/tasks/t2");
+    auto completing = model->setDone("t2", true);
+    network.answer(dueRoute, 200, tasksBody({task("t2", true), task("t3", false)}));
+    run(model->refreshDue());
+    answer.resolve(Failure(TransportError::timedOut));
+    EXPECT_TRUE(completing.done());
+    EXPECT_FALSE(model->dueToday.get()[0].done);
+    EXPECT_FALSE(model->dueToday.get()[1].done);
+}
+
+TEST_F(AppModelTest, completingWithoutTokenOrTaskSendsNothing) {
+    const auto model = makeLinkedModel();
+    network.answer(dueRoute, 200, tasksBody({task("t1", false)}));
+    run(model->refreshDue());
+    run(model->setDone("unknown", true));
+    secrets->secrets.clear();
+    std::vector<bool> shown;
+    const auto subscription = model->dueToday.observe(
+        [&shown](const std::vector<TaskSummary>& tasks) { shown.push_back(tasks.front().done); });
+    run(model->setDone("t1", true));
+    EXPECT_THAT(shown, ElementsAre(true, false));
+    EXPECT_EQ(model->dueError.get(), APIError::missingToken().message());
+    EXPECT_EQ(network.requests().size(), 1U);
+}
+
+TEST_F(AppModelTest, createsTasksOnTheDefaultElseTheFirstBoard) {
+    const auto model = makeLinkedModel();
+    NewTask draft;
+    draft.title = "Brief";
+    network.answer(boardsRoute, 200, boardsBody({"first"}));
+    network.answer("POST /api/v1/tasks", 200, task("t9", false));
+    EXPECT_EQ(run(model->createTask(draft))->id, "t9");
+    EXPECT_THAT(*network.requests().back().body, testing::HasSubstr(R"("board":"first")"));
+
+    network.answer(boardsRoute, 200, boardsBody({}));
+    EXPECT_EQ(run(model->createTask(draft)).error().message(), "Pick a default board in Settings first.");
+
+    model->setDefaultBoard("chosen");
+    network.answer("POST /api/v1/tasks", 400, R"({"error":{"message":"Too long."}})");
+    EXPECT_EQ(run(model->createTask(draft)).error().message(), "Too long.");
+    EXPECT_THAT(*network.requests().back().body, testing::HasSubstr(R"("board":"chosen")"));
+}
+
+}  // namespace
+}  // namespace parvela
