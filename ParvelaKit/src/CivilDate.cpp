@@ -48,7 +48,17 @@ CivilDate CivilDate::fromDayNumber(std::int64_t days) {
 
 bool CivilDate::isValid() const { return month >= 1 && month <= 12 && day >= 1 && day <= daysInMonth(year, month); }
 
-std::string CivilDate::text() const { return fmt::format("{:04}-{:02}-{:02}", year, month, day); }
+std::string CivilDate::text() const {
+    if (!isValid() || year < 0 || year > 9999) return fmt::format("{:04}-{:02}-{:02}", year, month, day);
+    std::string text = "0000-00-00";
+    const auto write = [&text](std::size_t last, int number) {
+        for (std::size_t i = last; number > 0; --i, number /= 10) text[i] = static_cast<char>('0' + number % 10);
+    };
+    write(3, year);
+    write(6, month);
+    write(9, day);
+    return text;
+}
 
 std::int64_t CivilDate::dayNumber() const {
     const std::int64_t y = month <= 2 ? year - 1 : year;

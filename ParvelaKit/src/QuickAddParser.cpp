@@ -41,12 +41,11 @@ public:
     }
 
     QuickAddResult run() {
-        result_.tokens.reserve(4);
         keepLiteralRanges();
-        takeQuotedLabels();
+        if (line_.hasHash()) takeQuotedLabels();
         takeWords();
         if (result_.repeat) completeRepeat();
-        result_.title = titleWithout(result_.tokens, line_.text());
+        result_.title = titleWithout(result_.tokens, line_);
         return std::move(result_);
     }
 
@@ -258,6 +257,7 @@ bool Parser::areAvailable(std::size_t index, std::size_t length) const {
 
 void Parser::accept(std::size_t index, std::size_t length, Kind kind, std::string value, std::string display) {
     for (std::size_t i = index; i < index + length; ++i) line_.consume(i);
+    if (result_.tokens.empty()) result_.tokens.reserve(4);
     result_.tokens.push_back(
         {line_[index].start, line_[index + length - 1].end, kind, std::move(value), std::move(display)});
 }

@@ -1,5 +1,6 @@
 #include "QuickAdd/Characters.h"
 
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +15,8 @@ namespace parvela::QuickAdd {
 
 namespace {
 
+constexpr std::size_t blockSize = 16;
+
 /// Number of leading bytes below 0x80, rounded down to whole blocks when there are others.
 std::size_t asciiPrefix(std::string_view text) {
     std::size_t i = 0;
@@ -24,6 +27,24 @@ std::size_t asciiPrefix(std::string_view text) {
     }
     while (i < text.size() && static_cast<unsigned char>(text[i]) < 0x80) ++i;
     return i;
+}
+
+void widen(const char* from, char16_t* to, std::size_t length) {
+    const bool isDone = forEachBlock<blockSize>(length, [&](std::size_t position) {
+        std::array<unsigned char, blockSize> block;
+        std::memcpy(block.data(), from + position, blockSize);
+        for (std::size_t i = 0; i < blockSize; ++i) to[position + i] = block[i];
+    });
+    for (std::size_t i = 0; !isDone && i < length; ++i) to[i] = static_cast<unsigned char>(from[i]);
+}
+
+void narrow(const char16_t* from, char* to, std::size_t length) {
+    const bool isDone = forEachBlock<blockSize>(length, [&](std::size_t position) {
+        std::array<char, blockSize> block;
+        for (std::size_t i = 0; i < blockSize; ++i) block[i] = static_cast<char>(from[position + i]);
+        std::memcpy(to + position, block.data(), blockSize);
+    });
+    for (std::size_t i = 0; !isDone && i < length; ++i) to[i] = static_cast<char>(from[i]);
 }
 
 /// ICU fails here only without its data or without memory; neither leaves a program that could go on.
@@ -44,7 +65,10 @@ bool isWhiteSpaceOutsideAscii(char16_t unit) {
 
 bool isAscii(std::u16string_view text) {
     unsigned bits = 0;
-    for (const char16_t unit : text) bits |= unit;
+    const bool isDone = forEachBlock<blockSize>(text.size(), [&](std::size_t position) {
+        for (std::size_t i = 0; i < blockSize; ++i) bits |= text[position + i];
+    });
+    for (std::size_t i = 0; !isDone && i < text.size(); ++i) bits |= text[i];
     return bits < 0x80;
 }
 
@@ -58,7 +82,7 @@ void decodeUtf8(std::string_view text, Utf16Buffer& decoded) {
     if (text.size() > std::numeric_limits<std::int32_t>::max()) throw std::length_error("line too long");
     const std::size_t ascii = asciiPrefix(text);
     decoded.resize(text.size());
-    for (std::size_t i = 0; i < ascii; ++i) decoded[i] = static_cast<unsigned char>(text[i]);
+    widen(text.data(), decoded.data(), ascii);
     if (ascii == text.size()) return;
     std::int32_t converted = 0;
     UErrorCode status = U_ZERO_ERROR;
@@ -71,8 +95,10 @@ void decodeUtf8(std::string_view text, Utf16Buffer& decoded) {
 void appendUtf8(std::string& text, std::u16string_view appended) {
     const std::size_t before = text.size();
     if (isAscii(appended)) {
-        text.resize(before + appended.size());
-        for (std::size_t i = 0; i < appended.size(); ++i) text[before + i] = static_cast<char>(appended[i]);
+        text.resize_and_overwrite(before + appended.size(), [&](char* data, std::size_t) {
+            narrow(appended.data(), data + before, appended.size());
+            return before + appended.size();
+        });
         return;
     }
     text.resize(before + appended.size() * 3);

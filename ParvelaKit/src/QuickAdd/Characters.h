@@ -26,6 +26,17 @@ inline char16_t asciiLower(char16_t unit) {
     return static_cast<char16_t>(unit >= u'A' && unit <= u'Z' ? unit + 32 : unit);
 }
 
+/// Calls `visit(position)` for blocks of `size` that cover 0 … `length`; the last one overlaps the one before it, so
+/// that every block has its full size, which compilers turn into a few vector instructions. False when the length is
+/// below `size`.
+template <std::size_t size, class Visitor>
+bool forEachBlock(std::size_t length, Visitor visit) {
+    if (length < size) return false;
+    for (std::size_t position = 0; position + size <= length; position += size) visit(position);
+    if (length % size != 0) visit(length - size);
+    return true;
+}
+
 bool isAscii(std::u16string_view text);
 std::u16string_view trimmed(std::u16string_view text);
 

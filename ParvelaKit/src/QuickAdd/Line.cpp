@@ -1,6 +1,8 @@
 #include "QuickAdd/Line.h"
 
-#include <cstdlib>
+#include <array>
+#include <cstring>
+#include <type_traits>
 
 #include <unicode/ustring.h>
 
@@ -37,43 +39,68 @@ constexpr char16_t capitalDottedI = u'\u0130';  // the one character whose lower
 }  // namespace
 
 Line::Line(std::u16string_view text) : text_(text) {
-    const bool isWhole = lowerWhole();
+    const Characters characters = lowerAscii();
+    spaces_.read(lowered_.data(), text_.size());
     split();
-    if (!isWhole) lowerEachWord();
-    for (std::size_t i = 0; i < words_.size(); ++i) words_[i].term = findTerm(lower(i));
+    if (characters == Characters::any) lowerFully();
+    for (std::size_t i = 0; i < words_.size(); ++i) {
+        Word& word = words_[i];
+        word.term = findTerm(lowered_.data() + word.lowerStart, word.lowerLength);
+    }
 }
 
-bool Line::lowerWhole() {
-    lowered_.resize(text_.size());
-    unsigned bits = 0;
-    for (std::size_t i = 0; i < text_.size(); ++i) {
-        bits |= text_[i];
-        lowered_[i] = asciiLower(text_[i]);
-    }
-    if (bits < 0x80) return true;
-    if (text_.contains(capitalDottedI)) return false;
-    UErrorCode status = U_ZERO_ERROR;
-    const auto length = static_cast<std::int32_t>(text_.size());
-    return u_strToLower(lowered_.data(), length, text_.data(), length, "", &status) == length && U_SUCCESS(status);
+Line::Characters Line::lowerAscii() {
+    lowered_.resize(text_.size() + padding);
+    std::fill_n(lowered_.data() + text_.size(), padding, u'\0');
+    constexpr std::size_t blockSize = 16;
+    char16_t bits = 0;
+    char16_t hashes = 0;
+    const auto lower = [&](const char16_t* from, char16_t* to, auto size) {
+        char16_t bitsHere = 0;
+        char16_t hashesHere = 0;
+        for (std::size_t i = 0; i < size; ++i) {
+            bitsHere |= from[i];
+            hashesHere |= from[i] == u'#';
+            to[i] = asciiLower(from[i]);
+        }
+        bits |= bitsHere;
+        hashes |= hashesHere;
+    };
+    const bool isDone = forEachBlock<blockSize>(text_.size(), [&](std::size_t position) {
+        std::array<char16_t, blockSize> block;
+        std::memcpy(block.data(), text_.data() + position, sizeof(block));
+        lower(block.data(), block.data(), std::integral_constant<std::size_t, blockSize>());
+        std::memcpy(lowered_.data() + position, block.data(), sizeof(block));
+    });
+    if (!isDone) lower(text_.data(), lowered_.data(), text_.size());
+    hasHash_ = hashes != 0;
+    return bits < 0x80 ? Characters::ascii : Characters::any;
 }
 
 void Line::split() {
-    const auto length = static_cast<std::uint32_t>(text_.size());
-    for (std::uint32_t i = 0; i < length;) {
-        if (isWhiteSpace(text_[i])) {
-            ++i;
-            continue;
-        }
+    for (std::size_t start = spaces_.nextText(0); start < text_.size();) {
+        const std::size_t end = spaces_.nextSpace(start);
         Word word;
-        word.start = i;
-        while (i < length && !isWhiteSpace(text_[i])) ++i;
-        word.rawEnd = word.end = i;
+        word.start = static_cast<std::uint32_t>(start);
+        word.rawEnd = word.end = static_cast<std::uint32_t>(end);
         while (word.start < word.end && isLeadingPunctuation(text_[word.start])) ++word.start;
         while (word.start < word.end && isTrailingPunctuation(text_[word.end - 1])) --word.end;
         word.lowerStart = word.start;
         word.lowerLength = word.end - word.start;
         words_.push(word);
+        start = spaces_.nextText(end);
     }
+}
+
+void Line::lowerFully() {
+    // In one go when that keeps every offset, which it does for all lines but those with that one character.
+    if (!text_.contains(capitalDottedI)) {
+        UErrorCode status = U_ZERO_ERROR;
+        const auto length = static_cast<std::int32_t>(text_.size());
+        const auto lowerLength = u_strToLower(lowered_.data(), length, text_.data(), length, "", &status);
+        if (U_SUCCESS(status) && lowerLength == length) return;
+    }
+    lowerEachWord();
 }
 
 void Line::lowerEachWord() {
@@ -85,6 +112,7 @@ void Line::lowerEachWord() {
         word.lowerLength = static_cast<std::uint32_t>(lower.size());
         for (const char16_t unit : lower) lowered_.push(unit);
     }
+    for (std::size_t i = 0; i < padding; ++i) lowered_.push(u'\0');
 }
 
 }  // namespace parvela::QuickAdd

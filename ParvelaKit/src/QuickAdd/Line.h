@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QuickAdd/Characters.h"
+#include "QuickAdd/SpaceMap.h"
 #include "QuickAdd/Vocabulary.h"
 
 #include <cstddef>
@@ -29,8 +30,13 @@ public:
     explicit Line(std::u16string_view text);
 
     std::u16string_view text() const { return text_; }
+    /// Offsets are those of the line.
+    const SpaceMap& spaces() const { return spaces_; }
     std::size_t size() const { return words_.size(); }
     const Word& operator[](std::size_t index) const { return words_[index]; }
+
+    /// Whether there is a "#" anywhere, without which there is no label.
+    bool hasHash() const { return hasHash_; }
 
     /// The lower-cased core.
     std::u16string_view lower(std::size_t index) const {
@@ -57,15 +63,21 @@ public:
     void makeQuoted(std::size_t index) { words_[index].quoted = true; }
 
 private:
+    enum class Characters { ascii, any };
+
+    /// Lower-cases what is ASCII, and tells whether that is all. Looks for "#" on the way.
+    Characters lowerAscii();
     void split();
-    /// Lower-cases the line in one go when that keeps every offset, which is so for all lines but those with a capital
-    /// dotted I.
-    bool lowerWhole();
+    void lowerFully();
     void lowerEachWord();
 
+    static constexpr std::size_t padding = SpaceMap::blockSize;  // behind the lower-cased line, for reading in blocks
+
     std::u16string_view text_;
+    SmallBuffer<char16_t, 256 + padding> lowered_;
+    SpaceMap spaces_;
     SmallBuffer<Word, 48> words_;
-    Utf16Buffer lowered_;
+    bool hasHash_ = false;
 };
 
 }  // namespace parvela::QuickAdd

@@ -34,10 +34,14 @@ char16_t lower(char c) {
     return asciiLower(static_cast<unsigned char>(c));
 }
 
-/// An ASCII handle against the first word of a name and against the name without its blanks, in one walk.
-///
-/// Two different ASCII characters settle it even when a combining mark follows: what they compose to lies outside
-/// ASCII.
+/// What a difference means between a typed character, in composed form, and an ASCII character of a known text. With
+/// another ASCII character it is final: were a combining mark to follow in the known text, the two would compose to
+/// something outside ASCII. A character outside ASCII may still turn out to be such a composition.
+Fit fitAtDifference(char16_t typed, std::string_view known) {
+    return typed < 0x80 || std::ranges::none_of(known, isOutsideAscii) ? Fit::none : Fit::unknown;
+}
+
+/// A handle against the first word of a name and against the name without its blanks, in one walk.
 Fit fitOfName(std::u16string_view handle, std::string_view name) {
     std::size_t matched = 0;
     bool isInFirstWord = true;
@@ -49,7 +53,7 @@ Fit fitOfName(std::u16string_view handle, std::string_view name) {
             continue;
         }
         if (matched == handle.size()) return Fit::partial;
-        if (lower(c) != handle[matched]) return Fit::none;
+        if (lower(c) != handle[matched]) return fitAtDifference(handle[matched], name);
         ++matched;
     }
     return matched == handle.size() ? Fit::whole : Fit::none;
@@ -61,7 +65,7 @@ Fit fitOfEmail(std::u16string_view handle, std::string_view email) {
         if (isOutsideAscii(c)) return Fit::unknown;
         if (c == '@') break;
         if (matched == handle.size()) return Fit::partial;
-        if (lower(c) != handle[matched]) return Fit::none;
+        if (lower(c) != handle[matched]) return fitAtDifference(handle[matched], email);
         ++matched;
     }
     return matched == handle.size() ? Fit::whole : Fit::none;
@@ -89,7 +93,7 @@ bool skipJoiners(const Text& text, std::size_t& position) {
     return position > before;
 }
 
-/// An ASCII name against a label, runs of joiners being equal to each other.
+/// A name, folded unless it is ASCII, against a label, runs of joiners being equal to each other.
 Fit fitOfLabel(std::u16string_view name, std::string_view label) {
     std::size_t inName = 0;
     std::size_t inLabel = 0;
@@ -98,7 +102,7 @@ Fit fitOfLabel(std::u16string_view name, std::string_view label) {
     for (;;) {
         if (inLabel < label.size() && isOutsideAscii(label[inLabel])) return Fit::unknown;
         if (inName == name.size() || inLabel == label.size()) break;
-        if (asciiLower(name[inName]) != lower(label[inLabel])) return Fit::none;
+        if (asciiLower(name[inName]) != lower(label[inLabel])) return fitAtDifference(name[inName], label);
         const bool isNameJoined = skipJoiners(name, ++inName);
         const bool isLabelJoined = skipJoiners(label, ++inLabel);
         if (isNameJoined != isLabelJoined && inName < name.size() && inLabel < label.size() &&
@@ -174,19 +178,15 @@ const QuickAddMember* MemberSearch::find(std::u16string_view handle) {
 }
 
 const QuickAddMember* MemberSearch::findInPlace(std::u16string_view key, std::size_t handleLength) {
-    const bool canCompareInPlace = isAscii(key);
     const QuickAddMember* whole = nullptr;
     const QuickAddMember* partial = nullptr;
     std::size_t wholes = 0;
     std::size_t partials = 0;
     for (const auto& member : members_) {
-        Fit fit = Fit::unknown;
-        if (canCompareInPlace) {
-            fit = fitOfName(key, member.name);
-            if (member.email && fit != Fit::unknown && fit != Fit::whole) {
-                const Fit emailFit = fitOfEmail(key, *member.email);
-                if (emailFit != Fit::none) fit = emailFit;
-            }
+        Fit fit = fitOfName(key, member.name);
+        if (member.email && fit != Fit::unknown && fit != Fit::whole) {
+            const Fit emailFit = fitOfEmail(key, *member.email);
+            if (emailFit != Fit::none) fit = emailFit;
         }
         if (fit == Fit::unknown) {
             fit = fitOfKeys(key, member);
@@ -234,20 +234,18 @@ const QuickAddLabel* LabelSearch::find(std::u16string_view name) {
 }
 
 const QuickAddLabel* LabelSearch::findInPlace(std::u16string_view name) {
-    const bool canCompareInPlace = isAscii(name);
     std::u16string key;
     std::u16string looseKey;
+    if (!isAscii(name)) name = key = labelKey(name);
     const QuickAddLabel* loose = nullptr;
     std::size_t looseFits = 0;
     budget_.spend(labels_.size());
     for (const auto& label : labels_) {
-        Fit fit = canCompareInPlace ? fitOfLabel(name, label.name) : Fit::unknown;
+        Fit fit = fitOfLabel(name, label.name);
         if (fit == Fit::unknown) {
             budget_.spend(costOfFolding);
-            if (key.empty()) {
-                key = labelKey(name);
-                looseKey = looseLabelKey(name);
-            }
+            if (key.empty()) key = labelKey(name);
+            if (looseKey.empty()) looseKey = looseLabelKey(name);
             fit = fitOfKeys(key, looseKey, label);
         }
         if (fit == Fit::whole) return &label;

@@ -50,8 +50,8 @@ private:
     std::unique_ptr<T[]> heap_;
     std::size_t size_ = 0;
     std::size_t capacity_ = inlineCapacity;
-    std::array<T, inlineCapacity> inline_;
-    T* data_ = inline_.data();
+    alignas(T) std::array<std::byte, inlineCapacity * sizeof(T)> inline_;  // left uninitialised
+    T* data_ = reinterpret_cast<T*>(inline_.data());
 };
 
 }  // namespace parvela

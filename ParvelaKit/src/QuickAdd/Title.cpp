@@ -14,80 +14,83 @@ bool isPunctuation(char16_t unit) {
     return isSeparator(unit) || unit == u'.' || unit == u'!' || unit == u'?';
 }
 
+/// Joins the pieces of a line between its tokens. White space between words becomes one blank as they are written.
 class TitleBuilder {
 public:
-    /// The piece of the line before the first token.
-    void begin(std::u16string_view gap) { append(gap); }
+    explicit TitleBuilder(const Line& line) : text_(line.text()), spaces_(line.spaces()) {}
 
-    /// A piece of the line behind a token. It begins with the punctuation that followed the token's word.
-    void add(std::u16string_view gap) {
-        trimEnd();
-        std::size_t mark = 0;
-        while (mark < gap.size() && isWhiteSpace(gap[mark])) ++mark;
+    /// The piece before the first token.
+    void begin(std::size_t end) { append(0, end); }
+
+    /// A piece behind a token. It begins with the punctuation that followed the token's word.
+    void add(std::size_t start, std::size_t end) {
+        owesBlank_ = false;
+        const std::size_t mark = spaces_.nextText(start);
         const bool beginsWithMark =
-            mark < gap.size() && isPunctuation(gap[mark]) && (mark + 1 == gap.size() || isWhiteSpace(gap[mark + 1]));
-        if (beginsWithMark) {
-            const bool isEmpty = title_.size() == 0;
-            const bool separatorsMeet = !isEmpty && isSeparator(title_[title_.size() - 1]) && isSeparator(gap[mark]);
-            if (isEmpty || separatorsMeet) gap.remove_prefix(mark + 1);
-        }
-        append(gap);
+            mark < end && isPunctuation(text_[mark]) && (mark + 1 == end || isWhiteSpace(text_[mark + 1]));
+        if (beginsWithMark && (isEmpty() || (isSeparator(last()) && isSeparator(text_[mark])))) start = mark + 1;
+        append(start, end);
     }
 
     std::string finish() {
-        collapse();
-        if (title_.size() > 0 && isSeparator(title_[title_.size() - 1])) {
+        if (!isEmpty() && isSeparator(last())) {
             title_.resize(title_.size() - 1);
-            trimEnd();
+            if (!isEmpty() && last() == u' ') title_.resize(title_.size() - 1);
         }
         return utf8({title_.data(), title_.size()});
     }
 
 private:
-    void append(std::u16string_view gap) {
-        const std::size_t before = title_.size();
-        title_.resize(before + gap.size() + 1);
-        std::ranges::copy(gap, title_.data() + before);
-        title_[before + gap.size()] = u' ';
-    }
+    bool isEmpty() const { return title_.size() == 0; }
+    char16_t last() const { return title_[title_.size() - 1]; }
 
-    void trimEnd() {
-        std::size_t size = title_.size();
-        while (size > 0 && isWhiteSpace(title_[size - 1])) --size;
-        title_.resize(size);
-    }
-
-    /// One blank for each run of white space, and none at the ends.
-    void collapse() {
-        std::size_t size = 0;
-        bool isGap = false;
-        for (std::size_t i = 0; i < title_.size(); ++i) {
-            const char16_t unit = title_[i];
-            if (isWhiteSpace(unit)) {
-                isGap = size > 0;
-                continue;
-            }
-            if (isGap) title_[size++] = u' ';
-            isGap = false;
-            title_[size++] = unit;
+    void append(std::size_t start, std::size_t end) {
+        for (std::size_t position = start; position < end;) {
+            const std::size_t textStart = std::min(spaces_.nextText(position), end);
+            if (textStart > position) owesBlank_ = true;
+            const std::size_t textEnd = endOfTidyText(textStart, end);
+            write(text_.substr(textStart, textEnd - textStart));
+            position = textEnd;
         }
-        title_.resize(size);
+        owesBlank_ = true;
     }
 
+    /// How far the words from here on are joined by single blanks already.
+    std::size_t endOfTidyText(std::size_t start, std::size_t end) const {
+        for (;;) {
+            const std::size_t space = spaces_.nextSpace(start);
+            if (space + 1 >= end) return std::min(space, end);
+            if (text_[space] != u' ' || spaces_.isSpace(space + 1)) return space;
+            start = space + 1;
+        }
+    }
+
+    void write(std::u16string_view tidyText) {
+        if (tidyText.empty()) return;
+        if (owesBlank_ && !isEmpty()) title_.push(u' ');
+        owesBlank_ = false;
+        const std::size_t before = title_.size();
+        title_.resize(before + tidyText.size());
+        std::ranges::copy(tidyText, title_.data() + before);
+    }
+
+    std::u16string_view text_;
+    const SpaceMap& spaces_;
     Utf16Buffer title_;
+    bool owesBlank_ = false;  ///< before the next word
 };
 
 }  // namespace
 
-std::string titleWithout(std::span<const QuickAddToken> tokens, std::u16string_view line) {
-    TitleBuilder title;
+std::string titleWithout(std::span<const QuickAddToken> tokens, const Line& line) {
+    TitleBuilder title(line);
     std::size_t gapStart = 0;
+    const auto addGap = [&](std::size_t end) { gapStart == 0 ? title.begin(end) : title.add(gapStart, end); };
     for (const auto& token : tokens) {
-        const auto gap = line.substr(gapStart, token.start - gapStart);
-        gapStart == 0 ? title.begin(gap) : title.add(gap);
+        addGap(token.start);
         gapStart = token.end;
     }
-    gapStart == 0 ? title.begin(line) : title.add(line.substr(gapStart));
+    addGap(line.text().size());
     return title.finish();
 }
 

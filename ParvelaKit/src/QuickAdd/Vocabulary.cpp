@@ -2,8 +2,12 @@
 
 #include <ParvelaKit/QuickAddRecords.h>
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
+#include <cstring>
+#include <string_view>
 
 namespace parvela::QuickAdd {
 
@@ -133,43 +137,53 @@ constexpr Entry entries[] = {
     {"p4", priority(QuickAddPriority::low)},
 };
 
-// Every word of a line is looked up, so this is the hottest place of the parser: a word is packed into one integer and
-// found with one multiplication, mostly at the first probe.
-constexpr std::size_t packedLength = 8;
+// Every word of a line is looked up, so this is the hottest place of the parser: eight letters are taken as two
+// integers and found with two multiplications, mostly at the first probe.
+constexpr std::size_t packedLength = readableLength;
 constexpr std::size_t longestWord = packedLength + 1;  // the ninth letter is kept apart
 
+using Letters = std::array<char16_t, packedLength>;
+using Packed = std::array<std::uint64_t, 2>;
+static_assert(sizeof(Letters) == sizeof(Packed));
+
+constexpr Packed pack(std::string_view word) {
+    Letters letters{};
+    std::copy_n(word.begin(), std::min(word.size(), packedLength), letters.begin());
+    return std::bit_cast<Packed>(letters);
+}
+
+/// By length, what keeps that many letters.
+constexpr auto masks = [] {
+    std::array<Packed, packedLength + 1> table{};
+    for (std::size_t length = 0; length <= packedLength; ++length) {
+        Letters letters{};
+        std::fill_n(letters.begin(), length, char16_t{0xffff});
+        table[length] = std::bit_cast<Packed>(letters);
+    }
+    return table;
+}();
+
+constexpr std::size_t slotCount = 256;
+
+constexpr std::size_t slotOf(const Packed& packed) {
+    return static_cast<std::size_t>((packed[0] * 0x9e3779b97f4a7c15U ^ packed[1] * 0xc2b2ae3d27d4eb4fU) >> 56U);
+}
+
 struct Slot {
-    std::uint64_t packed = 0;
+    Packed packed{};
+    std::uint8_t length = 0;  // 0 marks a free slot
     char16_t ninth = 0;
     Term term;
 };
 
-constexpr std::size_t slotCount = 256;
-
-constexpr std::size_t slotOf(std::uint64_t packed) {
-    return static_cast<std::size_t>((packed * 0x9e3779b97f4a7c15U) >> 56U);
-}
-
-/// Zero when a character is NUL or lies outside ASCII.
-template <class View>
-constexpr std::uint64_t pack(View word) {
-    std::uint64_t packed = 0;
-    unsigned bits = 0;
-    for (std::size_t i = 0; i < word.size() && i < packedLength; ++i) {
-        const auto unit = static_cast<unsigned>(word[i]);
-        bits |= unit | (unit - 1);
-        packed |= static_cast<std::uint64_t>(unit) << (8 * i);
-    }
-    return bits < 0x80 ? packed : 0;
-}
-
 constexpr auto slots = [] {
     std::array<Slot, slotCount> table{};
     for (const auto& [word, term] : entries) {
-        const std::uint64_t packed = pack(word);
+        const Packed packed = pack(word);
         std::size_t slot = slotOf(packed);
-        while (table[slot].packed != 0) slot = (slot + 1) % slotCount;
-        table[slot] = {packed, word.size() == longestWord ? static_cast<char16_t>(word.back()) : char16_t{0}, term};
+        while (table[slot].length != 0) slot = (slot + 1) % slotCount;
+        const char16_t ninth = word.size() == longestWord ? static_cast<char16_t>(word.back()) : char16_t{0};
+        table[slot] = {packed, static_cast<std::uint8_t>(word.size()), ninth, term};
     }
     return table;
 }();
@@ -190,13 +204,17 @@ bool Term::leadsToDate() const {
     }
 }
 
-Term findTerm(std::u16string_view lower) {
-    if (lower.empty() || lower.size() > longestWord) return {};
-    const std::uint64_t packed = pack(lower);
-    const char16_t ninth = lower.size() == longestWord ? lower.back() : char16_t{0};
-    if (packed == 0 || (lower.size() == longestWord && ninth == 0)) return {};
-    for (std::size_t slot = slotOf(packed); slots[slot].packed != 0; slot = (slot + 1) % slotCount) {
-        if (slots[slot].packed == packed && slots[slot].ninth == ninth) return slots[slot].term;
+Term findTerm(const char16_t* lower, std::size_t length) {
+    if (length == 0 || length > longestWord) return {};
+    Packed packed;
+    std::memcpy(&packed, lower, sizeof(packed));
+    const Packed& mask = masks[std::min(length, packedLength)];
+    packed[0] &= mask[0];
+    packed[1] &= mask[1];
+    const char16_t ninth = length == longestWord ? lower[packedLength] : char16_t{0};
+    for (std::size_t slot = slotOf(packed); slots[slot].length != 0; slot = (slot + 1) % slotCount) {
+        const Slot& candidate = slots[slot];
+        if (candidate.packed == packed && candidate.length == length && candidate.ninth == ninth) return candidate.term;
     }
     return {};
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 namespace parvela::QuickAdd {
 
@@ -56,7 +56,8 @@ struct Term {
     bool leadsToDate() const;
 };
 
-/// The term that a lower-case word is, or `none`.
-Term findTerm(std::u16string_view lower);
+/// The term that a lower-case word is, or `none`. At least `readableLength` code units are readable from `lower` on.
+Term findTerm(const char16_t* lower, std::size_t length);
+inline constexpr std::size_t readableLength = 8;
 
 }  // namespace parvela::QuickAdd

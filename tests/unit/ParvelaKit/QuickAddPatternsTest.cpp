@@ -55,6 +55,12 @@ private:
     icu::RegexMatcher matcher_;
 };
 
+Term termOf(std::u16string word) {
+    const std::size_t length = word.size();
+    word.resize(length + readableLength);
+    return findTerm(word.data(), length);
+}
+
 /// The number of a group: `noNumber` with a digit outside ASCII.
 int number(const std::optional<std::u16string>& group) {
     int value = 0;
@@ -135,7 +141,7 @@ TEST(QuickAddPatterns, agreeWithTheirRegularExpressions) {
         expect("5:30", clockTime.match(word), matchClockTime(word), [](auto& g, const ClockTime& time) {
             return number(g[1]) == time.hour && optionalNumber(g[2]) == time.minutes;
         });
-        const TermKind kind = findTerm(word).kind;
+        const TermKind kind = termOf(word).kind;
         const bool isDayHalf = kind == TermKind::beforeNoon || kind == TermKind::afterNoon;
         expect("am", dayHalf.match(word), isDayHalf ? std::optional(kind) : std::nullopt,
                [](auto& g, TermKind half) { return (g[1]->front() == u'p') == (half == TermKind::afterNoon); });
@@ -181,10 +187,10 @@ TEST(QuickAddPatterns, onlyTheDottedICanGrowWhenLowerCased) {
 }
 
 TEST(QuickAddPatterns, aWordWithANulIsNoTerm) {
-    EXPECT_EQ(findTerm(std::u16string_view(u"a\0", 2)).kind, TermKind::none);
-    EXPECT_EQ(findTerm(std::u16string_view(u"tomorrow\0", 9)).kind, TermKind::none);
-    EXPECT_EQ(findTerm(u"wednesdax").kind, TermKind::none);
-    EXPECT_EQ(findTerm(u"wednesda").kind, TermKind::none);
+    EXPECT_EQ(termOf({u"a\0", 2}).kind, TermKind::none);
+    EXPECT_EQ(termOf({u"tomorrow\0", 9}).kind, TermKind::none);
+    EXPECT_EQ(termOf(u"wednesdax").kind, TermKind::none);
+    EXPECT_EQ(termOf(u"wednesda").kind, TermKind::none);
 }
 
 }  // namespace
