@@ -108,7 +108,7 @@ export function SignInCard({ facts, note }) {
     </form>
     <${BrowserSignIn} apiBase=${facts.apiBase} />
     <p class="sign-swap muted">
-      ${creating ? 'Already have an account?' : 'New here?'}
+      ${creating ? 'Already have an account? ' : 'New here? '}
       <button type="button" class="link-button" onClick=${swap}>${creating ? 'Sign in' : 'Create an account'}</button>
     </p>
   </div>`;

@@ -31,7 +31,7 @@ export function Sidebar({ route, hidden }) {
   const unread = useInbox().data?.unread ?? 0;
   const list = boards.data?.boards ?? [];
   const starred = list.filter((board) => board.starred);
-  const groups = groupBoards(list);
+  const groups = groupBoards(list.filter((board) => !board.starred));
   const link = (page) => html`<li key=${page.name}>
     <a class="side-link" href=${page.path} aria-current=${route.name === page.name ? 'page' : undefined}>
       <${Icon} name=${page.icon} />
