@@ -93,12 +93,14 @@ Response SessionRoutes::session(const Account& account) const {
                              {"name", workspace ? workspace->name : ""},
                              {"role", account.role}}},
                            {"today", backend_.today(account).text()},
+                           {"api_base", backend_.settings.apiOrigin},
                            {"demo", backend_.settings.demo}});
 }
 
 Answer SessionRoutes::describe(Call& call) {
     if (call.caller) return session(call.person());
-    nlohmann::json body = {{"demo", backend_.settings.demo},
+    nlohmann::json body = {{"api_base", backend_.settings.apiOrigin},
+                           {"demo", backend_.settings.demo},
                            {"has_users", !backend_.stores.accounts.isEmpty()},
                            {"sign_up", backend_.settings.openSignUp || backend_.stores.accounts.isEmpty()}};
     if (backend_.settings.demo) body["demo_email"] = demo::kEmail;
