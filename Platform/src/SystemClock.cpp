@@ -1,6 +1,11 @@
 #include <Platform/SystemClock.h>
 
+#include <cstdlib>
 #include <ctime>
+#include <limits>
+
+#include <unicode/gregocal.h>
+#include <unicode/timezone.h>
 
 namespace parvela {
 
@@ -15,6 +20,20 @@ CivilDate SystemClock::today() const {
     std::tm local{};
     localtime_r(&seconds, &local);
     return {.year = local.tm_year + 1900, .month = local.tm_mon + 1, .day = local.tm_mday};
+}
+
+Instant SystemClock::moment(CivilDate day, std::int64_t minutesAfterMidnight) const {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::GregorianCalendar calendar(icu::TimeZone::detectHostTimeZone(), icu::Locale::getRoot(), status);
+    calendar.setGregorianChange(-std::numeric_limits<double>::max(), status);
+    calendar.setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
+    calendar.setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
+    calendar.clear();
+    calendar.set(day.year, day.month - 1, day.day, static_cast<std::int32_t>(minutesAfterMidnight / 60),
+                 static_cast<std::int32_t>(minutesAfterMidnight % 60));
+    const double milliseconds = calendar.getTime(status);
+    if (U_FAILURE(status)) std::abort();  // ICU without its data cannot run this program
+    return Instant(std::chrono::milliseconds(static_cast<std::int64_t>(milliseconds)));
 }
 
 }  // namespace parvela

@@ -15,6 +15,9 @@ public:
     CivilDate today() const override {
         return CivilDate::fromDayNumber(std::chrono::floor<std::chrono::days>(time).time_since_epoch().count());
     }
+    Instant moment(CivilDate day, std::int64_t minutesAfterMidnight) const override {
+        return Instant(std::chrono::days(day.dayNumber())) + std::chrono::minutes(minutesAfterMidnight);
+    }
     void advance(std::chrono::milliseconds by) { time += by; }
 
     Instant time;

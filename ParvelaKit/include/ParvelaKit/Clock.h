@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 
 #include <ParvelaKit/CivilDate.h>
 
@@ -17,6 +18,9 @@ public:
     virtual Instant now() const = 0;
     /// The calendar date of now() in the user's current time zone.
     virtual CivilDate today() const = 0;
+    /// When the user's wall clock shows that many minutes after midnight on `day`. A time that the clock skips that day
+    /// is the moment of the change; of one that it shows twice, the first.
+    virtual Instant moment(CivilDate day, std::int64_t minutesAfterMidnight) const = 0;
 };
 
 }  // namespace parvela

@@ -9,6 +9,7 @@ class SystemClock : public Clock {
 public:
     Instant now() const override;
     CivilDate today() const override;
+    Instant moment(CivilDate day, std::int64_t minutesAfterMidnight) const override;
 };
 
 }  // namespace parvela

@@ -50,6 +50,26 @@ TEST(SystemClock, followsAChangedTimeZone) {
               CivilDate::fromDayNumber(std::chrono::floor<std::chrono::days>(clock.now()).time_since_epoch().count()));
 }
 
+TEST(SystemClock, findsWallClockTimesOnDaysWithAClockChange) {
+    const Variable zone("TZ", "Europe/Berlin");
+    const SystemClock clock;
+    using std::chrono::sys_days;
+    using namespace std::chrono;
+    struct Case {
+        CivilDate day;
+        std::int64_t minutes;
+        Instant expected;
+    };
+    const Case cases[] = {
+        {{2026, 6, 10}, 9 * 60, sys_days(2026y / 6 / 10) + 7h},
+        {{2026, 3, 29}, 9 * 60, sys_days(2026y / 3 / 29) + 7h},            // an hour shorter
+        {{2026, 10, 25}, 9 * 60, sys_days(2026y / 10 / 25) + 8h},          // an hour longer
+        {{2026, 3, 29}, 2 * 60 + 30, sys_days(2026y / 3 / 29) + 1h},       // 02:30 is skipped
+        {{2026, 10, 25}, 2 * 60 + 30, sys_days(2026y / 10 / 25) + 30min},  // 02:30 comes twice
+    };
+    for (const auto& [day, minutes, expected] : cases) EXPECT_EQ(clock.moment(day, minutes), expected) << day.text();
+}
+
 TEST(DeviceName, prefersThePrettyNameOverTheHostName) {
     const testing::TemporaryFolder folder;
     const fs::path file = folder.path() / "machine-info";

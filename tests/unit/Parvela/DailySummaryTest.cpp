@@ -1,0 +1,178 @@
+#include "Model/DailySummary.h"
+#include "Model/DailySummaryScheduler.h"
+#include "support/FakeClock.h"
+#include "support/FakeSecretStore.h"
+#include "support/FakeTransport.h"
+#include "support/MemoryStore.h"
+
+namespace parvela {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* dueRoute = "GET /api/v1/tasks?due=today";
+
+TaskSummary dueTask(const std::string& title, const std::string& dueDate, bool done = false) {
+    TaskSummary task;
+    task.title = title;
+    task.dueDate = dueDate;
+    task.done = done;
+    return task;
+}
+
+TEST(DailySummary, countsOpenTasksAndNamesTheFirstThree) {
+    const CivilDate today{2026, 6, 10};
+    const std::string now = "2026-06-10";
+    const std::string past = "2026-06-09";
+    struct Case {
+        std::vector<TaskSummary> tasks;
+        DailySummary expected;
+    };
+    const Case cases[] = {
+        {{}, {"Nothing due today", "Your Parvela list is clear."}},
+        {{dueTask("a", past, true)}, {"Nothing due today", "Your Parvela list is clear."}},
+        {{dueTask("a", now), dueTask("b", now, true)}, {"1 task due today", "a"}},
+        {{dueTask("a", now), dueTask("b", now), dueTask("c", now), dueTask("d", now)},
+         {"4 tasks due today", "a\nb\nc\nand 1 more"}},
+        {{dueTask("a", past), dueTask("b", now), dueTask("c", now), dueTask("d", now), dueTask("e", past)},
+         {"5 tasks due today", "a\nb\nc\nand 2 more\n2 overdue"}},
+    };
+    for (const auto& [tasks, expected] : cases) {
+        const auto summary = DailySummary::of(tasks, today);
+        EXPECT_EQ(summary.title, expected.title);
+        EXPECT_EQ(summary.body, expected.body);
+    }
+}
+
+class RecordingNotifier final : public Notifier {
+public:
+    Task<void> requestAuthorization() override { co_return; }
+    void post(UserNotification notification) override { posted.push_back(std::move(notification)); }
+
+    std::vector<UserNotification> posted;
+};
+
+/// The clock starts at 09:00 UTC on 2026-06-10; the summary is set to 09:30 unless a test says otherwise.
+class DailySummarySchedulerTest : public testing::Test {
+protected:
+    void SetUp() override {
+        prefs.setServerMode(ServerConfig::Mode::local);
+        prefs.setDailySummaryEnabled(true);
+        prefs.setDailySummaryMinutes(9 * 60 + 30);
+        secrets->secrets["app.parvela.token 127.0.0.1:3213"] = "tk_secret";
+        scheduler = makeScheduler();
+    }
+
+    std::shared_ptr<DailySummaryScheduler> makeScheduler() {
+        const ParvelaSession session(prefs, TokenStore(secrets), network.transport(), clock);
+        AppModelEnvironment environment{clock, std::make_shared<NotificationCentre>(), [](const auto&) {}, [] {}};
+        const auto setAlarm = [this](Instant when, std::function<void()> action) {
+            alarm = when;
+            auto kept = std::make_shared<std::function<void()>>(std::move(action));
+            ring = kept;
+            return Subscription(kept);
+        };
+        return std::make_shared<DailySummaryScheduler>(AppModel::create(session, environment), clock, notifier,
+                                                       setAlarm);
+    }
+
+    void expectFetch() { network.answer(dueRoute, 200, R"({"today":"2026-06-10","tasks":[]})"); }
+    void ringAlarm() {
+        if (const auto action = ring.lock()) (*action)();
+    }
+    std::vector<std::string> posted() const {
+        std::vector<std::string> identifiers;
+        for (const auto& each : notifier->posted) identifiers.push_back(each.identifier);
+        return identifiers;
+    }
+
+    std::shared_ptr<test::FakeClock> clock = std::make_shared<test::FakeClock>();
+    const Instant start = clock->now();
+    Preferences prefs{std::make_shared<test::MemoryStore>()};
+    std::shared_ptr<test::FakeSecretStore> secrets = std::make_shared<test::FakeSecretStore>();
+    std::shared_ptr<RecordingNotifier> notifier = std::make_shared<RecordingNotifier>();
+    test::FakeTransport network;
+    std::shared_ptr<DailySummaryScheduler> scheduler;
+    Instant alarm{};
+    std::weak_ptr<std::function<void()>> ring;
+};
+
+TEST_F(DailySummarySchedulerTest, sendsAtTheSlotAndThenWaitsForTomorrow) {
+    scheduler->reschedule();
+    EXPECT_EQ(alarm, start + 30min);
+    EXPECT_THAT(posted(), IsEmpty());
+
+    clock->advance(30min);
+    expectFetch();
+    ringAlarm();
+    EXPECT_THAT(posted(), ElementsAre("daily-summary-2026-06-10"));
+    EXPECT_EQ(std::get<DeepLinkTarget::Link>(notifier->posted[0].target->target).url.text(), "parvela://open?path=/my");
+    EXPECT_EQ(alarm, start + 24h + 30min);
+    ringAlarm();
+    EXPECT_EQ(notifier->posted.size(), 1U);
+}
+
+TEST_F(DailySummarySchedulerTest, makesUpForAMissedSlotOnceADay) {
+    prefs.setDailySummaryMinutes(8 * 60);
+    expectFetch();
+    scheduler->reschedule();
+    EXPECT_THAT(posted(), ElementsAre("daily-summary-2026-06-10"));
+    EXPECT_EQ(alarm, start + 23h);
+    scheduler->reschedule();
+    makeScheduler()->reschedule();
+    EXPECT_EQ(notifier->posted.size(), 1U);
+}
+
+TEST_F(DailySummarySchedulerTest, twoOccasionsAtOnceSendOneSummary) {
+    prefs.setDailySummaryMinutes(8 * 60);
+    const auto answer = network.hold(dueRoute);
+    scheduler->reschedule();
+    scheduler->reschedule();
+    answer.resolve(network.ok(R"({"tasks":[]})"));
+    EXPECT_EQ(network.requests().size(), 1U);
+    EXPECT_EQ(notifier->posted.size(), 1U);
+}
+
+TEST_F(DailySummarySchedulerTest, aFailureIsSilentAndTriedAgainAtTheNextOccasion) {
+    prefs.setDailySummaryMinutes(8 * 60);
+    network.fail(dueRoute, TransportError::unreachable);
+    scheduler->reschedule();
+    EXPECT_THAT(posted(), IsEmpty());
+    EXPECT_EQ(prefs.dailySummaryLastSent(), std::nullopt);
+    expectFetch();
+    scheduler->reschedule();
+    EXPECT_EQ(notifier->posted.size(), 1U);
+}
+
+TEST_F(DailySummarySchedulerTest, aClockSetBackDoesNotSendBeforeTheSlot) {
+    scheduler->reschedule();
+    clock->advance(-2h);
+    ringAlarm();
+    EXPECT_THAT(posted(), IsEmpty());
+    EXPECT_EQ(alarm, start + 30min);
+}
+
+TEST_F(DailySummarySchedulerTest, switchedOffOrNotLinkedNothingIsSent) {
+    prefs.setDailySummaryMinutes(8 * 60);
+    prefs.setDailySummaryEnabled(false);
+    scheduler->reschedule();
+    EXPECT_TRUE(ring.expired());
+    prefs.setDailySummaryEnabled(true);
+    secrets->secrets.clear();
+    scheduler->reschedule();
+    EXPECT_THAT(network.requests(), IsEmpty());
+}
+
+TEST_F(DailySummarySchedulerTest, aRequestedSummaryIsSentEveryTime) {
+    prefs.setDailySummaryEnabled(false);
+    for (int i = 0; i < 2; ++i) {
+        expectFetch();
+        EXPECT_TRUE(scheduler->send(DailySummaryScheduler::Occasion::requested).done());
+    }
+    EXPECT_EQ(notifier->posted.size(), 2U);
+}
+
+}  // namespace
+}  // namespace parvela
