@@ -157,11 +157,6 @@ OfflineQueue::Machine::Flight OfflineQueue::Machine::takeOff(std::int64_t id) {
     return *inFlight_.insert({storeGeneration_, id}).first;
 }
 
-bool OfflineQueue::Machine::land(const Flight& flight) {
-    inFlight_.erase(flight);
-    return flight.first == storeGeneration_;
-}
-
 std::chrono::milliseconds OfflineQueue::Machine::pauseAfter(std::int64_t failures) const {
     return RetryPolicy::pause(failures, environment_.random());
 }
@@ -233,8 +228,9 @@ Task<void> OfflineQueue::Machine::pass(std::shared_ptr<Machine> machine) {
         const Flight flight = machine->takeOff(line.id);
         auto call = QuickAddService::send(line.draft, api, machine->closing_.get_token());
         const Answer answer = co_await call;
+        machine->inFlight_.erase(flight);
         const Settlement judged = machine->judge(line, api, answer);
-        if (machine->land(flight)) settlement = judged;
+        if (machine->isCurrent(flight)) settlement = judged;
     }
     if (settlement) machine->settle(*settlement);
     machine->refreshCounts();
@@ -317,24 +313,34 @@ Task<Result<QuickAddReceipt, QuickAddFailure>> OfflineQueue::Machine::submit(std
         co_return QuickAddReceipt{std::nullopt, keptNote};
     }
 
-    const Flight flight = machine->takeOff(kept.id.value_or(0));
+    std::optional<Flight> flight;
+    if (kept.id) flight = machine->takeOff(*kept.id);
     auto call = QuickAddService::send(*draft, api, std::move(stop));
     Answer answer = co_await call;
-    const bool isKept = machine->land(flight) && kept.id;
 
+    const bool isKept = flight && machine->isCurrent(*flight);
     const bool waits = isKept && !answer && foundNoService(answer.error());
-    if (waits) {
-        machine->settle(machine->judge({.id = *kept.id}, api, answer));
-    } else if (isKept) {
-        machine->settle({.id = *kept.id});
+    if (!answer && !waits) {
+        if (flight) forgetNextTurn(machine, *flight).detach();
+        co_return Failure<QuickAddFailure>(std::move(answer.error()));
     }
+    if (flight) machine->inFlight_.erase(*flight);
+    if (isKept) machine->settle(machine->judge({.id = *kept.id}, api, answer));
     if (answer && isSame(machine->client_, api)) machine->pausedUntil_ = {};  // the service is there again
     machine->refreshCounts();
     machine->startPump();
-
-    if (answer) co_return QuickAddReceipt{std::move(answer->task), std::move(answer->note)};
     if (waits) co_return QuickAddReceipt{std::nullopt, keptOfflineNote};
-    co_return Failure<QuickAddFailure>(std::move(answer.error()));
+    co_return QuickAddReceipt{std::move(answer->task), std::move(answer->note)};
+}
+
+Task<void> OfflineQueue::Machine::forgetNextTurn(std::shared_ptr<Machine> machine, Flight flight) {
+    // Until its author has seen that the line failed, a program that is killed must find it again.
+    auto turn = machine->environment_.sleep(std::chrono::milliseconds(0), machine->closing_.get_token());
+    co_await turn;
+    machine->inFlight_.erase(flight);
+    if (machine->isCurrent(flight)) machine->settle({.id = flight.second});
+    machine->refreshCounts();
+    machine->startPump();
 }
 
 }  // namespace parvela

@@ -55,7 +55,7 @@ private:
 
     Flight takeOff(std::int64_t id);
     /// False when the database that the line came from was set aside meanwhile.
-    bool land(const Flight& flight);
+    bool isCurrent(const Flight& flight) const { return flight.first == storeGeneration_; }
 
     /// The new line's id, and whether this program may send it; no id when it cannot be kept.
     struct Kept {
@@ -63,6 +63,8 @@ private:
         bool maySend = true;
     };
     Kept keep(NewQueuedLine line);
+    /// Removes a line that was handed back to its author.
+    static Task<void> forgetNextTurn(std::shared_ptr<Machine> machine, Flight flight);
 
     /// Sends what is due until nothing is, then sleeps until something will be.
     static Task<void> pump(std::shared_ptr<Machine> machine);
