@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Model/AppModel.h"
+#include "Support/DesktopServices.h"
+#include "Windows/WindowManager.h"
+
+#include <ParvelaKit/DeviceIdentity.h>
+#include <ParvelaKit/GLibPtr.h>
+#include <ParvelaKit/Task.h>
+#include <ParvelaKit/Url.h>
+#include <Platform/JsonDefaultsStore.h>
+#include <Platform/XdgPaths.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <adwaita.h>
+
+namespace parvela {
+
+/// The application: owner of every long-lived object. Builds them at launch and routes what reaches the process (URLs,
+/// activation, the end) to them.
+///
+/// One instance runs for each session; a second start hands its URLs to the first and ends.
+class AppDelegate {
+public:
+    AppDelegate();
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
+    ~AppDelegate();
+
+    /// Runs until the user quits; returns the exit status.
+    int run(int argc, char** argv);
+
+    /// An URL from outside: a page, the return from a sign-in, or a deep link. Others are ignored.
+    void handleIncoming(const Url& url);
+    /// Shows a message to the user: on the front window, or by itself.
+    void showAlert(const std::string& message, const std::string& informative);
+
+private:
+    int handleLocalOptions(GVariantDict* options);
+    void didFinishLaunching();
+    void activated();
+    void opened(GFile** files, int count);
+    void willTerminate();
+    Task<void> readDevice();
+    void lastWindowClosed();
+
+    Ref<AdwApplication> application_;
+    XdgPaths paths_;
+    std::shared_ptr<JsonDefaultsStore> defaults_;
+    std::shared_ptr<SecretStore> secrets_;
+    std::shared_ptr<NotificationCentre> notifications_;
+    DeviceIdentity device_;
+    std::shared_ptr<AppModel> model_;
+    std::shared_ptr<const Clock> clock_;
+    DefaultApplications desktop_;
+    std::unique_ptr<WindowManager> windows_;
+    MainLoopTimer devicePatience_;
+    std::vector<Connection> connections_;
+    bool startsInBackground_ = false;
+};
+
+}  // namespace parvela

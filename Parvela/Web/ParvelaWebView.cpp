@@ -1,0 +1,121 @@
+#include "Web/ParvelaWebView.h"
+
+#include "Web/WebEnvironment.h"
+
+#include <Platform/MainLoop.h>
+
+#include <memory>
+#include <utility>
+
+namespace parvela {
+
+namespace {
+
+constexpr gint64 pressLifetime = 1500 * G_TIME_SPAN_MILLISECOND;
+constexpr std::chrono::milliseconds answerPatience{2000};
+
+struct PointerState {
+    double x;
+    double y;
+    bool primaryHeld;
+};
+
+std::optional<PointerState> pointerOn(GdkSurface* surface) {
+    GdkSeat* const seat = gdk_display_get_default_seat(gdk_surface_get_display(surface));
+    GdkDevice* const pointer = seat ? gdk_seat_get_pointer(seat) : nullptr;
+    double x = 0;
+    double y = 0;
+    GdkModifierType state{};
+    if (!pointer || !gdk_surface_get_device_position(surface, pointer, &x, &y, &state)) return std::nullopt;
+    return PointerState{x, y, (state & GDK_BUTTON1_MASK) != 0};
+}
+
+GdkSurface* surfaceOf(GtkWidget* widget) {
+    GtkNative* const native = gtk_widget_get_native(widget);
+    return native ? gtk_native_get_surface(native) : nullptr;
+}
+
+/// A handled query on its way: answered by the page or by the clock, whichever comes first.
+struct Query {
+    std::function<void()> otherwise;
+    MainLoopTimer patience;
+
+    void settle(bool handled) {
+        patience.reset();
+        if (auto action = std::exchange(otherwise, nullptr); action && !handled) action();
+    }
+};
+
+}  // namespace
+
+ParvelaWebView::ParvelaWebView(const WebEnvironment& environment, WebKitWebView* related)
+    : view_(environment.makeView(related)) {
+    gtk_widget_set_hexpand(widget(), TRUE);
+    gtk_widget_set_vexpand(widget(), TRUE);
+
+    GtkGesture* const press = gtk_gesture_click_new();
+    gtk_gesture_single_set_button(GTK_GESTURE_SINGLE(press), GDK_BUTTON_PRIMARY);
+    gtk_event_controller_set_propagation_phase(GTK_EVENT_CONTROLLER(press), GTK_PHASE_CAPTURE);
+    pressed_ = connect<void(GtkGestureClick*, int, double, double)>(
+        press, "pressed", [this](GtkGestureClick*, int clicks, double, double) {
+            lastMouseDown_ = MouseDown{g_get_monotonic_time(), clicks};
+        });
+    gtk_widget_add_controller(widget(), GTK_EVENT_CONTROLLER(press));
+}
+
+std::optional<ParvelaWebView::MouseDown> ParvelaWebView::recentMouseDown(Button button) const {
+    if (!lastMouseDown_ || g_get_monotonic_time() - lastMouseDown_->at >= pressLifetime) return std::nullopt;
+    if (button == Button::stillPressed && !buttonIsHeld()) return std::nullopt;
+    return lastMouseDown_;
+}
+
+bool ParvelaWebView::buttonIsHeld() const {
+    GdkSurface* const surface = surfaceOf(widget());
+    const auto pointer = surface ? pointerOn(surface) : std::nullopt;
+    return pointer && pointer->primaryHeld;
+}
+
+void ParvelaWebView::beginWindowDrag() {
+    if (!recentMouseDown(Button::stillPressed)) return;
+    GdkSurface* const surface = surfaceOf(widget());
+    const auto pointer = pointerOn(surface);
+    if (!pointer || !GDK_IS_TOPLEVEL(surface)) return;
+    GdkDevice* const device = gdk_seat_get_pointer(gdk_display_get_default_seat(gdk_surface_get_display(surface)));
+    gdk_toplevel_begin_move(GDK_TOPLEVEL(surface), device, GDK_BUTTON_PRIMARY, pointer->x, pointer->y,
+                            GDK_CURRENT_TIME);
+    endPress();
+}
+
+/// The window manager swallows the release that ends a move, so the engine would take the button for held.
+void ParvelaWebView::endPress() {
+    const auto controllers = Ref<GListModel>::adopt(gtk_widget_observe_controllers(widget()));
+    for (guint index = 0; index < g_list_model_get_n_items(controllers.get()); ++index) {
+        const auto controller =
+            Ref<GtkEventController>::adopt(GTK_EVENT_CONTROLLER(g_list_model_get_item(controllers.get(), index)));
+        gtk_event_controller_reset(controller.get());
+    }
+}
+
+void ParvelaWebView::run(const std::string& script) const {
+    webkit_web_view_evaluate_javascript(view_.get(), script.data(), static_cast<gssize>(script.size()), nullptr,
+                                        nullptr, nullptr, nullptr, nullptr);
+}
+
+void ParvelaWebView::dispatchOrElse(const NativeBridge::Event& event, std::function<void()> otherwise) const {
+    const auto query = std::make_shared<Query>(std::move(otherwise));
+    query->patience = MainLoopTimer(answerPatience, [weak = std::weak_ptr(query)] {
+        if (const auto waiting = weak.lock()) waiting->settle(false);
+    });
+    const std::string script = NativeBridge::handledScript(event);
+    webkit_web_view_evaluate_javascript(
+        view_.get(), script.data(), static_cast<gssize>(script.size()), nullptr, nullptr, nullptr,
+        [](GObject* view, GAsyncResult* result, gpointer data) {
+            const std::unique_ptr<std::shared_ptr<Query>> asked(static_cast<std::shared_ptr<Query>*>(data));
+            const auto value = Ref<JSCValue>::adopt(
+                webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr));
+            (*asked)->settle(value && jsc_value_is_boolean(value.get()) && jsc_value_to_boolean(value.get()));
+        },
+        new std::shared_ptr<Query>(query));
+}
+
+}  // namespace parvela

@@ -1,0 +1,207 @@
+#include "Windows/MainWindow.h"
+
+#include "Support/Interface.h"
+#include "Windows/MainWindowController.h"
+#include "Windows/WindowManager.h"
+
+namespace parvela {
+
+MainWindow::MainWindow(WindowManager& manager, GtkApplication* application) : manager_(manager) {
+    const Interface interface("MainWindow.ui");
+    window_ = Ref<AdwApplicationWindow>::ref(interface.get<AdwApplicationWindow>("window"));
+    tabs_ = interface.get<AdwTabView>("tabs");
+    toasts_ = interface.get<AdwToastOverlay>("toasts");
+    header_ = interface.get<GtkWidget>("header");
+    tabBar_ = interface.get<GtkWidget>("tabBar");
+    title_ = interface.get<AdwWindowTitle>("title");
+    buttons_ = std::make_unique<WindowButtons>(interface.get<GtkWidget>("cluster"));
+    gtk_window_set_application(get(), application);
+    connectWindow();
+    connectTabs();
+}
+
+MainWindow::~MainWindow() {
+    connections_.clear();
+    gtk_window_destroy(get());
+}
+
+void MainWindow::connectWindow() {
+    GtkWindow* const window = get();
+    const auto notify = [&](const char* property, auto handler) {
+        connections_.push_back(connect<void(GtkWindow*, GParamSpec*)>(
+            window, property, [handler](GtkWindow*, GParamSpec*) { handler(); }));
+    };
+    notify("notify::fullscreened", [this] { fullScreenChanged(); });
+    notify("notify::is-active", [this] {
+        if (isActive()) manager_.becameActive(*this);
+    });
+    for (const char* property : {"notify::default-width", "notify::default-height", "notify::maximized"}) {
+        notify(property, [this] { manager_.scheduleSave(); });
+    }
+    connections_.push_back(connect<gboolean(GtkWindow*)>(window, "close-request", [this](GtkWindow*) {
+        manager_.windowCloses(*this);
+        return gboolean{TRUE};
+    }));
+}
+
+void MainWindow::connectTabs() {
+    connections_.push_back(connect<void(AdwTabView*, GParamSpec*)>(
+        tabs_, "notify::selected-page", [this](AdwTabView*, GParamSpec*) { selectionChanged(); }));
+    connections_.push_back(connect<void(AdwTabView*, AdwTabPage*, int)>(
+        tabs_, "page-attached", [this](AdwTabView*, AdwTabPage* page, int) {
+            if (auto* const controller = controllerOf(page)) controller->setWindow(this);
+            updateChrome();
+            manager_.scheduleSave();
+        }));
+    connections_.push_back(connect<void(AdwTabView*, AdwTabPage*, int)>(
+        tabs_, "page-detached", [this](AdwTabView*, AdwTabPage*, int) { pageDetached(); }));
+    connections_.push_back(connect<void(AdwTabView*, AdwTabPage*, int)>(
+        tabs_, "page-reordered", [this](AdwTabView*, AdwTabPage*, int) { manager_.scheduleSave(); }));
+    connections_.push_back(
+        connect<gboolean(AdwTabView*, AdwTabPage*)>(tabs_, "close-page", [this](AdwTabView* view, AdwTabPage* page) {
+            auto* const controller = controllerOf(page);
+            const bool lastOne = adw_tab_view_get_n_pages(view) == 1;
+            // The window goes with its last tab, and remembers it.
+            if (lastOne) manager_.windowWillClose(*this);
+            if (controller) controller->setWindow(nullptr);
+            adw_tab_view_close_page_finish(view, page, TRUE);
+            if (controller) manager_.tabClosed(*controller);
+            return gboolean{GDK_EVENT_STOP};
+        }));
+    connections_.push_back(connect<AdwTabView*(AdwTabView*)>(
+        tabs_, "create-window", [this](AdwTabView*) { return manager_.windowForTornTab().tabView(); }));
+}
+
+void MainWindow::append(MainWindowController& controller, Selection selection) {
+    controller.setWindow(this);
+    AdwTabPage* const page = adw_tab_view_append(tabs_, controller.widget());
+    adw_tab_page_set_title(page, controller.title().c_str());
+    if (selection == Selection::select) adw_tab_view_set_selected_page(tabs_, page);
+}
+
+void MainWindow::select(MainWindowController& controller) {
+    if (AdwTabPage* const page = pageOf(controller)) adw_tab_view_set_selected_page(tabs_, page);
+}
+
+void MainWindow::closeTab(MainWindowController& controller) {
+    if (AdwTabPage* const page = pageOf(controller)) adw_tab_view_close_page(tabs_, page);
+}
+
+void MainWindow::closeSelectedTab() {
+    if (AdwTabPage* const page = adw_tab_view_get_selected_page(tabs_)) adw_tab_view_close_page(tabs_, page);
+}
+
+std::vector<MainWindowController*> MainWindow::tabs() const {
+    std::vector<MainWindowController*> result;
+    for (int index = 0; index < adw_tab_view_get_n_pages(tabs_); ++index) {
+        if (auto* const controller = controllerOf(adw_tab_view_get_nth_page(tabs_, index)))
+            result.push_back(controller);
+    }
+    return result;
+}
+
+MainWindowController* MainWindow::selected() const {
+    AdwTabPage* const page = adw_tab_view_get_selected_page(tabs_);
+    return page ? controllerOf(page) : nullptr;
+}
+
+MainWindowController* MainWindow::controllerOf(AdwTabPage* page) const {
+    return manager_.controllerOf(adw_tab_page_get_child(page));
+}
+
+AdwTabPage* MainWindow::pageOf(const MainWindowController& controller) const {
+    return controller.window() == this ? adw_tab_view_get_page(tabs_, controller.widget()) : nullptr;
+}
+
+void MainWindow::present() {
+    gtk_window_present(get());
+}
+
+void MainWindow::selectionChanged() {
+    auto* const controller = selected();
+    if (!controller) return;
+    controller->shown();
+    pageChanged(*controller);
+    updateChrome();
+    gtk_widget_grab_focus(controller->widget());
+    manager_.becameActive(*this);
+    manager_.scheduleSave();
+}
+
+void MainWindow::pageDetached() {
+    // A tab on its way to another window leaves this one behind; an emptied window has no purpose.
+    if (adw_tab_view_get_n_pages(tabs_) == 0) {
+        manager_.windowEmptied(*this);
+    } else {
+        updateChrome();
+    }
+    manager_.scheduleSave();
+}
+
+void MainWindow::updateChrome() {
+    auto* const controller = selected();
+    if (!controller) return;
+    const bool inset = !fullScreen_ && adw_tab_view_get_n_pages(tabs_) == 1 && controller->wantsInset();
+    gtk_widget_set_visible(header_, !inset && !elementFullScreen_);
+    gtk_widget_set_visible(tabBar_, !elementFullScreen_);
+    if (inset) {
+        buttons_->apply(controller->zoom());
+    } else {
+        buttons_->restore();
+    }
+    for (auto* const tab : tabs()) tab->sendTitlebar();
+}
+
+NativeBridge::Titlebar MainWindow::titlebarFor(const MainWindowController& controller) const {
+    const bool inset = buttons_->applied() && &controller == selected();
+    return NativeBridge::Titlebar{.inset = inset, .buttonsRight = inset ? buttons_->right() : std::nullopt};
+}
+
+void MainWindow::pageChanged(const MainWindowController& controller) {
+    const std::string title = controller.title();
+    if (AdwTabPage* const page = pageOf(controller)) {
+        adw_tab_page_set_title(page, title.c_str());
+        const auto url = controller.currentURL();
+        const CharPtr tooltip(g_markup_escape_text(url ? url->text().c_str() : title.c_str(), -1));
+        adw_tab_page_set_tooltip(page, tooltip.get());
+    }
+    if (&controller != selected()) return;
+    gtk_window_set_title(get(), title.c_str());
+    adw_window_title_set_title(title_, title.c_str());
+}
+
+void MainWindow::toggleFullScreen() {
+    if (gtk_window_is_fullscreen(get())) {
+        gtk_window_unfullscreen(get());
+    } else {
+        gtk_window_fullscreen(get());
+    }
+}
+
+void MainWindow::fullScreenChanged() {
+    fullScreen_ = gtk_window_is_fullscreen(get());
+    for (auto* const tab : tabs()) tab->sendFullscreen(fullScreen_);
+    updateChrome();
+    manager_.scheduleSave();
+}
+
+void MainWindow::setElementFullScreen(bool on) {
+    elementFullScreen_ = on;
+    updateChrome();
+}
+
+void MainWindow::titlebarDoubleClick() {
+    if (gtk_window_is_maximized(get())) {
+        gtk_window_unmaximize(get());
+    } else {
+        gtk_window_maximize(get());
+    }
+}
+
+void MainWindow::showToast(const std::string& text) {
+    const CharPtr escaped(g_markup_escape_text(text.c_str(), -1));
+    AdwToast* const toast = adw_toast_new(escaped.get());
+    adw_toast_overlay_add_toast(toasts_, toast);
+}
+
+}  // namespace parvela

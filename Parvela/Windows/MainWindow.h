@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Windows/WindowButtons.h"
+
+#include <ParvelaKit/GLibPtr.h>
+#include <ParvelaKit/NativeBridge.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <adwaita.h>
+
+namespace parvela {
+
+class MainWindowController;
+class WindowManager;
+
+/// A window with one tab or more. With one tab whose page draws the header itself there is no title bar: the page fills
+/// the window and the buttons float in the page's header. Otherwise a header bar and, with two tabs, a tab bar stand
+/// above.
+class MainWindow {
+public:
+    MainWindow(WindowManager& manager, GtkApplication* application);
+    MainWindow(const MainWindow&) = delete;
+    MainWindow& operator=(const MainWindow&) = delete;
+    ~MainWindow();
+
+    GtkWindow* get() const noexcept { return GTK_WINDOW(window_.get()); }
+    AdwTabView* tabView() const noexcept { return tabs_; }
+
+    /// Takes the tab in, at the end.
+    enum class Selection { keep, select };
+    void append(MainWindowController& controller, Selection selection);
+    void select(MainWindowController& controller);
+    /// Removes a tab; the window closes with its last one.
+    void closeTab(MainWindowController& controller);
+    void closeSelectedTab();
+    /// In tab order.
+    std::vector<MainWindowController*> tabs() const;
+    MainWindowController* selected() const;
+
+    void present();
+    bool isActive() const { return gtk_window_is_active(get()); }
+    bool isFullScreen() const noexcept { return fullScreen_; }
+    bool isVisible() const { return gtk_widget_get_visible(GTK_WIDGET(window_.get())); }
+
+    /// Decides anew between title bar and page header, and tells the page.
+    void updateChrome();
+    /// Title or address of a tab changed.
+    void pageChanged(const MainWindowController& controller);
+    NativeBridge::Titlebar titlebarFor(const MainWindowController& controller) const;
+
+    void titlebarDoubleClick();
+    void toggleFullScreen();
+    /// A video or the like takes the whole screen: nothing of the window stays in sight.
+    void setElementFullScreen(bool on);
+
+    void showToast(const std::string& text);
+
+private:
+    void connectWindow();
+    void connectTabs();
+    void fullScreenChanged();
+    void selectionChanged();
+    void pageDetached();
+    MainWindowController* controllerOf(AdwTabPage* page) const;
+    AdwTabPage* pageOf(const MainWindowController& controller) const;
+
+    WindowManager& manager_;
+    Ref<AdwApplicationWindow> window_;
+    AdwTabView* tabs_ = nullptr;
+    AdwToastOverlay* toasts_ = nullptr;
+    GtkWidget* header_ = nullptr;
+    GtkWidget* tabBar_ = nullptr;
+    AdwWindowTitle* title_ = nullptr;
+    std::unique_ptr<WindowButtons> buttons_;
+    std::vector<Connection> connections_;
+    bool fullScreen_ = false;
+    bool elementFullScreen_ = false;
+};
+
+}  // namespace parvela

@@ -1,0 +1,170 @@
+#include "Windows/MainWindowController.h"
+
+#include "Windows/MainWindow.h"
+#include "Windows/WindowManager.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace parvela {
+
+namespace {
+
+/// How long a finished page may take to say that it draws the title bar area itself.
+constexpr std::chrono::milliseconds shellPatience{700};
+
+}  // namespace
+
+MainWindowController::MainWindowController(WindowManager& manager, std::shared_ptr<AppModel> model,
+                                           WebKitWebView* related)
+    : manager_(manager),
+      model_(std::move(model)),
+      webView_(manager.web(), related),
+      browser_(webView_, model_, manager.desktop(), manager.clock()),
+      loadedServerRevision_(model_->serverRevision.get()) {
+    browser_.onCommit = [this] { committed(); };
+    browser_.onFinish = [this] { finished(); };
+    browser_.openNewTab = [this](WebKitWebView* opener) { return manager_.openTabFor(*this, opener); };
+    browser_.onCloseRequest = [this] { manager_.closeSoon(*this); };
+    webkit_web_view_set_zoom_level(webView_.get(), model_->session.prefs().pageZoom());
+
+    const auto changed = [this](WebKitWebView*, GParamSpec*) {
+        if (window_) window_->pageChanged(*this);
+        manager_.scheduleSave();
+    };
+    connections_.push_back(connect<void(WebKitWebView*, GParamSpec*)>(webView_.get(), "notify::title", changed));
+    connections_.push_back(connect<void(WebKitWebView*, GParamSpec*)>(webView_.get(), "notify::uri", changed));
+    connections_.push_back(connect<gboolean(WebKitWebView*, WebKitUserMessage*)>(
+        webView_.get(), "user-message-received", [this](WebKitWebView*, WebKitUserMessage* message) {
+            return static_cast<gboolean>(manager_.bridge().receive(*this, message));
+        }));
+    serverChanged_ = model_->serverRevision.observe([this](std::int64_t revision) {
+        if (std::exchange(loadedServerRevision_, revision) != revision) load(model_->server.get().appURL);
+    });
+}
+
+MainWindowController::~MainWindowController() = default;
+
+void MainWindowController::load(const Url& url) {
+    pending_.reset();
+    requested_ = url;
+    manager_.web().whenReady([weak = weak_from_this(), url] {
+        const auto self = weak.lock();
+        // A later request may have come while pages had to wait.
+        if (self && self->requested_ == url) self->showNow(url);
+    });
+}
+
+void MainWindowController::showNow(const Url& url) {
+    webkit_web_view_load_uri(webView_.get(), url.text().c_str());
+}
+
+void MainWindowController::loadWhenShown(Url url) {
+    pending_ = std::move(url);
+}
+
+void MainWindowController::shown() {
+    if (const auto url = std::exchange(pending_, std::nullopt)) load(*url);
+}
+
+std::optional<Url> MainWindowController::currentURL() const {
+    if (pending_) return pending_;
+    const char* const uri = webkit_web_view_get_uri(webView_.get());
+    auto url = uri ? Url::parse(uri) : std::nullopt;
+    return url ? url : requested_;
+}
+
+void MainWindowController::openPath(std::string_view pathAndQuery) {
+    const ServerConfig& server = model_->server.get();
+    const Url url = server.appPageAt(pathAndQuery);
+    if (!supportsShell() || !server.isAppOrigin(url)) {
+        load(url);
+        return;
+    }
+    const std::string path = url.path() + (url.query() ? "?" + *url.query() : "");
+    webView_.dispatchOrElse(NativeBridge::Navigate{path}, [weak = weak_from_this(), url] {
+        if (const auto self = weak.lock()) self->load(url);
+    });
+}
+
+void MainWindowController::committed() {
+    shellPatience_.reset();
+    shell_ = ShellSupport::unknown;
+    sentTitlebar_.reset();
+    boards_.clear();
+    if (window_) window_->updateChrome();
+}
+
+void MainWindowController::finished() {
+    if (shell_ == ShellSupport::unknown && !browser_.showsErrorPage()) {
+        shellPatience_ = MainLoopTimer(shellPatience, [this] {
+            shell_ = ShellSupport::no;
+            if (window_) window_->updateChrome();
+        });
+    }
+    if (window_) window_->pageChanged(*this);
+}
+
+void MainWindowController::pageSupportsShell() {
+    shellPatience_.reset();
+    shell_ = ShellSupport::yes;
+    manager_.pagesSupportShell();
+    if (!window_) return;
+    window_->updateChrome();
+    sendFullscreen(window_->isFullScreen());
+    sentTitlebar_.reset();
+    sendTitlebar();
+}
+
+bool MainWindowController::wantsInset() const {
+    return shell_ == ShellSupport::yes || (shell_ == ShellSupport::unknown && manager_.doPagesSupportShell());
+}
+
+void MainWindowController::setBoards(std::vector<BoardRef> boards) {
+    if (boards == boards_) return;
+    boards_ = std::move(boards);
+    manager_.boardsChanged(*this);
+}
+
+void MainWindowController::windowDrag() {
+    if (!window_) return;
+    const auto press = webView_.recentMouseDown(ParvelaWebView::Button::anyState);
+    if (press && press->clicks == 2) {
+        titlebarDoubleClick();
+    } else {
+        webView_.beginWindowDrag();
+    }
+}
+
+void MainWindowController::titlebarDoubleClick() {
+    webView_.clearLastMouseDown();
+    if (window_) window_->titlebarDoubleClick();
+}
+
+void MainWindowController::sendTitlebar() {
+    if (!supportsShell() || !window_) return;
+    const NativeBridge::Titlebar now = window_->titlebarFor(*this);
+    if (sentTitlebar_ && sentTitlebar_->inset == now.inset && sentTitlebar_->buttonsRight == now.buttonsRight) return;
+    sentTitlebar_ = now;
+    webView_.dispatch(now);
+}
+
+void MainWindowController::sendFullscreen(bool on) {
+    if (supportsShell()) webView_.dispatch(NativeBridge::Fullscreen{on});
+}
+
+double MainWindowController::zoom() const {
+    return webkit_web_view_get_zoom_level(webView_.get());
+}
+
+void MainWindowController::setZoom(double zoom) {
+    webkit_web_view_set_zoom_level(webView_.get(), zoom);
+    if (window_) window_->updateChrome();
+}
+
+std::string MainWindowController::title() const {
+    const char* const title = webkit_web_view_get_title(webView_.get());
+    return title && *title ? title : "Parvela";
+}
+
+}  // namespace parvela

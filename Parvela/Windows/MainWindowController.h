@@ -1,0 +1,103 @@
+#pragma once
+
+#include "Model/AppModel.h"
+#include "Web/BrowserDelegate.h"
+#include "Web/ParvelaWebView.h"
+
+#include <ParvelaKit/GLibPtr.h>
+#include <ParvelaKit/NativeBridge.h>
+#include <ParvelaKit/Url.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace parvela {
+
+class MainWindow;
+class WindowManager;
+
+/// One tab of a main window: a web view with the web app, what the page said about itself, and what menus can ask of
+/// it.
+///
+/// Owned by the window manager; the tab's window changes when the user drags the tab into another one.
+class MainWindowController : public std::enable_shared_from_this<MainWindowController> {
+public:
+    /// `related` is the view whose page asked for this tab, none for the user's own.
+    MainWindowController(WindowManager& manager, std::shared_ptr<AppModel> model, WebKitWebView* related);
+    MainWindowController(const MainWindowController&) = delete;
+    MainWindowController& operator=(const MainWindowController&) = delete;
+    ~MainWindowController();
+
+    ParvelaWebView& webView() noexcept { return webView_; }
+    const ParvelaWebView& webView() const noexcept { return webView_; }
+    BrowserDelegate& browser() noexcept { return browser_; }
+    /// What the tab shows.
+    GtkWidget* widget() const noexcept { return webView_.widget(); }
+
+    MainWindow* window() const noexcept { return window_; }
+    void setWindow(MainWindow* window) noexcept { window_ = window; }
+
+    /// Loads the page as soon as pages may load.
+    void load(const Url& url);
+    /// The same, but not before the tab is shown for the first time.
+    void loadWhenShown(Url url);
+    /// To be called whenever the tab is shown.
+    void shown();
+    /// The page in the view, or the one that it will load; none for a view that stays empty.
+    std::optional<Url> currentURL() const;
+
+    /// Opens a page of the web app: the page's own router when it takes the path, else a load.
+    void openPath(std::string_view pathAndQuery);
+
+    /// The page posted `shell`: it draws the window's title bar area by itself.
+    void pageSupportsShell();
+    bool supportsShell() const noexcept { return shell_ == ShellSupport::yes; }
+    /// Whether the page can do without a title bar, as far as is known while it loads.
+    bool wantsInset() const;
+    void setBoards(std::vector<BoardRef> boards);
+    const std::vector<BoardRef>& boards() const noexcept { return boards_; }
+
+    /// The page posted `windowDrag`.
+    void windowDrag();
+    /// The page posted `titlebarDoubleClick`.
+    void titlebarDoubleClick();
+
+    /// Tells the page how the window looks now. Silent while nothing changed since the last time.
+    void sendTitlebar();
+    void sendFullscreen(bool on);
+
+    /// The page's zoom, 0.5 to 3.
+    double zoom() const;
+    void setZoom(double zoom);
+
+    /// "Parvela" until the page has a title.
+    std::string title() const;
+
+private:
+    enum class ShellSupport { unknown, yes, no };
+
+    void committed();
+    void finished();
+    void showNow(const Url& url);
+
+    WindowManager& manager_;
+    std::shared_ptr<AppModel> model_;
+    ParvelaWebView webView_;
+    BrowserDelegate browser_;
+    MainWindow* window_ = nullptr;
+    std::vector<Connection> connections_;
+    MainLoopTimer shellPatience_;
+    std::optional<Url> pending_;    ///< to load when shown
+    std::optional<Url> requested_;  ///< loading now or next
+    std::int64_t loadedServerRevision_ = 0;
+    std::vector<BoardRef> boards_;
+    ShellSupport shell_ = ShellSupport::unknown;
+    std::optional<NativeBridge::Titlebar> sentTitlebar_;
+    Subscription serverChanged_;
+};
+
+}  // namespace parvela
