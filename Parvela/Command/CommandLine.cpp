@@ -1,0 +1,194 @@
+#include "CommandLine.h"
+
+#include "CommandSession.h"
+#include "Console.h"
+#include "ExitStatus.h"
+#include "LinkCommands.h"
+#include "LocalService.h"
+#include "ParseCommand.h"
+#include "RunningProgram.h"
+#include "TaskCommands.h"
+
+#include <ParvelaKit/BuildInfo.h>
+#include <ParvelaKit/DeepLink.h>
+#include <ParvelaKit/Text.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace parvela {
+
+namespace {
+
+constexpr const char* footer =
+    "Without a command, the window opens; URLs of the web app and of the \"parvela\" scheme open in it.\n"
+    "\n"
+    "Exit status: 0 done, 1 refused or failed, 2 wrong use, 3 not linked, 4 service not reachable.";
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string line;
+    for (const std::string& word : words) line += (line.empty() ? "" : " ") + word;
+    return line;
+}
+
+/// Everything that the command line may say, and what is done about it.
+class CommandLine {
+public:
+    CommandLine() {
+        app_.set_version_flag("--version", fmt::format("Parvela {}", BuildInfo::version()), "Show the version and end");
+        app_.footer(footer);
+        app_.require_subcommand(0, 1);
+        app_.add_flag("--local", local_, "Use the Parvela service of this machine, started when it does not run");
+        app_.add_flag("--demo", demo_, "With --local: fill an empty workspace with examples");
+        app_.add_flag("--background", background_, "Start without a window");
+        app_.add_option("URL", urls_, "What the window shall open");
+        defineAdd();
+        defineParse();
+        defineOthers();
+    }
+
+    int run(int argc, char** argv) {
+        try {
+            app_.parse(argc, argv);
+        } catch (const CLI::Success& wish) {
+            return app_.exit(wish);  // help or version
+        } catch (const CLI::ParseError& error) {
+            fmt::print(stderr, "parvela: {}\nSee “parvela --help”.\n", presentable(error.what()));
+            return static_cast<int>(ExitStatus::usage);
+        }
+        return static_cast<int>(perform());
+    }
+
+private:
+    void defineAdd() {
+        add_ = app_.add_subcommand("add", "Add a task from a line of quick add");
+        add_->footer(
+            "Example: parvela add Write brief tomorrow 9am !high --board Marketing\nWords that begin with \"-\" go "
+            "behind \"--\".");
+        add_->add_option("LINE", words_, "The line; several words are joined")->required();
+        add_->add_option("--board", addOptions_.board,
+                         "Board by id or name (default: the default board of the settings)");
+        add_->add_option("--due", addOptions_.due, "Due date: YYYY-MM-DD, or words such as \"next friday\"");
+        add_->add_option("--priority", addOptions_.priority, "none, low, medium, high or urgent");
+        add_->add_flag("--json", json_, "Show the created task as JSON");
+    }
+
+    void defineParse() {
+        parse_ = app_.add_subcommand("parse", "Show what quick add makes of a line, without sending it");
+        parse_->add_option("LINE", words_, "The line; several words are joined");
+        parse_->add_option("--today", parseOptions_.today,
+                           "The date on which the line is typed, YYYY-MM-DD (default: today)");
+        parse_->add_flag("--lines", parseOptions_.manyLines,
+                         "Read lines \"DATE<TAB>LINE\" from standard input and write one JSON object for each");
+        parse_->add_flag("--json", json_, "Show the result as JSON");
+    }
+
+    void defineOthers() {
+        due_ = app_.add_subcommand("due", "Show the open tasks due today, overdue ones included");
+        due_->add_flag("--json", json_, "As JSON");
+        boards_ = app_.add_subcommand("boards", "Show the boards; \"*\" marks the default board");
+        boards_->add_flag("--json", json_, "As JSON");
+        open_ = app_.add_subcommand("open", "Open a task in the window");
+        open_->add_option("KEY", key_, "Key of the task, such as TSK-42")->required();
+        complete_ = app_.add_subcommand("complete", "Mark a task done");
+        complete_->add_option("KEY", key_, "Key of the task, such as TSK-42")->required();
+        linkToken_ = app_.add_subcommand("link-token", "Save a personal access token, read from standard input");
+        unlink_ = app_.add_subcommand("unlink", "Revoke and forget the token of this device");
+    }
+
+    ExitStatus perform() {
+        if (demo_ && !local_) return console_.fail("--demo needs --local.", ExitStatus::usage);
+        if (*parse_) return parse();
+        for (const std::string& url : urls_) {
+            const auto parsed = Url::parse(url);
+            if (!parsed || parsed->scheme().empty()) {
+                return console_.fail(fmt::format("“{}” is neither a command nor a URL. See “parvela --help”.", url),
+                                     ExitStatus::usage);
+            }
+        }
+        if (local_) {
+            const auto status = useLocalService();
+            if (status != ExitStatus::success) return status;
+        }
+        if (*open_) return openTask();
+        if (app_.get_subcommands().empty()) return showWindow();
+
+        const CommandSession session(console_);
+        const OutputForm form = json_ ? OutputForm::json : OutputForm::text;
+        if (*add_) {
+            addOptions_.line = joined(words_);
+            addOptions_.form = form;
+            return addTask(addOptions_, session, console_);
+        }
+        if (*due_) return showDueTasks(form, session, console_);
+        if (*boards_) return showBoards(form, session, console_);
+        if (*complete_) return completeTask(key_, session, console_);
+        if (*linkToken_) return linkToken(session, console_);
+        return unlink(session, console_);
+    }
+
+    ExitStatus parse() {
+        if (parseOptions_.manyLines != words_.empty()) {
+            return console_.fail("Give either a line or --lines.", ExitStatus::usage);
+        }
+        parseOptions_.line = joined(words_);
+        parseOptions_.json = json_;
+        return parseLines(parseOptions_, console_);
+    }
+
+    ExitStatus useLocalService() {
+        const auto workspace = demo_ ? LocalService::Workspace::demo : LocalService::Workspace::own;
+        if (const auto problem = LocalService::ensureRunning(workspace)) return console_.fail(*problem);
+        const CommandSession session(console_);
+        const Preferences& preferences = session.session.prefs();
+        if (preferences.serverMode() != ServerConfig::Mode::local) {
+            preferences.setServerMode(ServerConfig::Mode::local);
+            RunningProgram::tellSettingsChanged();
+        }
+        return ExitStatus::success;
+    }
+
+    ExitStatus openTask() {
+        const std::string key(trimmed(key_));
+        if (key.empty()) return console_.fail("Which task? (like TSK-42)", ExitStatus::usage);
+        const std::string url = DeepLink{DeepLink::OpenTask{key}}.url().text();
+        if (RunningProgram::open({url})) {
+            console_.line("Open " + key);
+            return ExitStatus::success;
+        }
+        return console_.fail(RunningProgram::become({url}));
+    }
+
+    ExitStatus showWindow() {
+        std::vector<std::string> arguments = urls_;
+        if (background_) arguments.emplace_back("--background");
+        return console_.fail(RunningProgram::become(arguments));
+    }
+
+    CLI::App app_{"The Parvela task board: its window, and its tasks from the command line.", "parvela"};
+    CLI::App *add_ = nullptr, *parse_ = nullptr, *due_ = nullptr, *boards_ = nullptr, *open_ = nullptr,
+             *complete_ = nullptr, *linkToken_ = nullptr, *unlink_ = nullptr;
+    Console console_;
+
+    bool local_ = false;
+    bool demo_ = false;
+    bool background_ = false;
+    bool json_ = false;
+    std::vector<std::string> urls_, words_;
+    std::string key_;
+    AddOptions addOptions_;
+    ParseOptions parseOptions_;
+};
+
+}  // namespace
+
+int runCommandLine(int argc, char** argv) {
+    return CommandLine().run(argc, argv);
+}
+
+}  // namespace parvela

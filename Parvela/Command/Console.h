@@ -1,0 +1,54 @@
+#pragma once
+
+#include "ExitStatus.h"
+
+#include <ParvelaKit/APIError.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace parvela {
+
+/// What the command says: results on standard output, problems on standard error.
+///
+/// Texts of the service are shown without control characters, so that no title can play tricks with the terminal.
+/// Colours appear on a terminal only, and never when NO_COLOR is set (no-color.org).
+class Console {
+public:
+    enum class Style { plain, dim, warning };
+
+    struct Cell {
+        std::string text;
+        Style style = Style::plain;
+    };
+    using Row = std::vector<Cell>;
+
+    Console();
+
+    void line(std::string_view text) const;
+    /// Columns under each other. Later rows may be shorter.
+    void table(const std::vector<Row>& rows) const;
+    /// One JSON document. Other characters than ASCII are escaped.
+    void json(const nlohmann::json& value) const;
+
+    /// One line on standard error; gives `status` back.
+    ExitStatus fail(std::string_view message, ExitStatus status = ExitStatus::failure) const;
+    /// The error's own text.
+    ExitStatus fail(const APIError& error) const;
+    void warn(std::string_view message) const;
+
+    /// One line from standard input, not shown when it is typed; none when there is nothing more, or too much.
+    std::optional<std::string> readSecret(std::string_view prompt) const;
+
+private:
+    bool coloured_;
+};
+
+/// Without control characters and characters that reorder text.
+std::string presentable(std::string_view text);
+
+}  // namespace parvela

@@ -1,0 +1,38 @@
+#include "LinkCommands.h"
+
+#include "RunningProgram.h"
+
+#include <Platform/MainLoop.h>
+
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace parvela {
+
+ExitStatus linkToken(const CommandSession& session, const Console& console) {
+    const std::string site = ServerConfig::origin(session.session.server().apiURL);
+    auto text = console.readSecret(fmt::format("Token for {}: ", site));
+    if (!text) return console.fail("No token was given on standard input.", ExitStatus::usage);
+    const auto saved = runUntilDone(session.session.savePastedToken(std::move(*text)));
+    if (!saved) {
+        const bool malformed = std::holds_alternative<APIError>(saved.error());
+        return console.fail(message(saved.error()), malformed ? ExitStatus::usage : ExitStatus::failure);
+    }
+    RunningProgram::tellSettingsChanged();
+    console.line(fmt::format("The token for {} is saved.", site));
+    return ExitStatus::success;
+}
+
+ExitStatus unlink(const CommandSession& session, const Console& console) {
+    const bool hadToken = runUntilDone(session.session.client()).has_value();
+    runUntilDone(session.session.unlink());
+    if (hadToken && runUntilDone(session.session.client())) {
+        return console.fail("The token couldn't be removed from the Keychain.");
+    }
+    RunningProgram::tellSettingsChanged();
+    console.line(hadToken ? "Unlinked." : "No token was stored.");
+    return ExitStatus::success;
+}
+
+}  // namespace parvela

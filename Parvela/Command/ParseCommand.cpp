@@ -1,0 +1,167 @@
+#include "ParseCommand.h"
+
+#include <ParvelaKit/QuickAddParser.h>
+#include <ParvelaKit/Text.h>
+#include <Platform/SystemClock.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <string_view>
+#include <unistd.h>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace parvela {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr std::size_t longestLine = std::size_t{1024} * 1024;
+constexpr std::size_t readSize = std::size_t{64} * 1024;
+
+std::string_view freqName(QuickAddRepeat::Freq freq) {
+    switch (freq) {
+        case QuickAddRepeat::Freq::daily:
+            return "daily";
+        case QuickAddRepeat::Freq::weekdays:
+            return "weekdays";
+        case QuickAddRepeat::Freq::weekly:
+            return "weekly";
+        case QuickAddRepeat::Freq::monthly:
+            return "monthly";
+    }
+    return {};
+}
+
+template <class T>
+json orNull(const std::optional<T>& value) {
+    return value ? json(*value) : json();
+}
+
+json toJson(const QuickAddResult& result) {
+    json tokens = json::array();
+    for (const QuickAddToken& token : result.tokens) {
+        tokens.push_back({{"start", token.start},
+                          {"end", token.end},
+                          {"kind", QuickAdd::kindName(token.kind)},
+                          {"value", token.value},
+                          {"display", token.display}});
+    }
+    json repeat;
+    if (result.repeat) {
+        repeat = {{"freq", freqName(result.repeat->freq)},
+                  {"weekdays", orNull(result.repeat->weekdays)},
+                  {"monthDay", orNull(result.repeat->monthDay)}};
+    }
+    return {{"title", result.title},
+            {"assigneeIds", result.assigneeIds},
+            {"labelIds", result.labelIds},
+            {"priority", QuickAdd::apiString(result.priority)},
+            {"dueDate", orNull(result.dueDate)},
+            {"dueTime", orNull(result.dueTime)},
+            {"repeat", std::move(repeat)},
+            {"tokens", std::move(tokens)}};
+}
+
+void show(const QuickAddResult& result, const Console& console) {
+    std::vector<Console::Row> rows{{{"title", Console::Style::dim}, {result.title}}};
+    for (const QuickAddToken& token : result.tokens) {
+        rows.push_back({{std::string(QuickAdd::kindName(token.kind)), Console::Style::dim},
+                        {token.display},
+                        {token.value == token.display ? "" : token.value, Console::Style::dim}});
+    }
+    console.table(rows);
+}
+
+/// One input line, without its line break, as one output line.
+std::string answerTo(std::string_view input) {
+    const std::size_t tab = input.find('\t');
+    const auto day = CivilDate::parse(input.substr(0, tab));
+    if (tab == std::string_view::npos || !day) return R"({"error":"expected YYYY-MM-DD, a tab and a line"})";
+    const auto result =
+        QuickAdd::parse(input.substr(tab + 1), QuickAddContext{.today = *day, .members = {}, .labels = {}});
+    return toJson(result).dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+/// Gives standard input line by line, and tells when the next line is not there yet.
+class InputLines {
+public:
+    enum class Kind { line, tooLong, end };
+
+    /// `beforeWaiting` is called when all that has arrived is used up.
+    template <class Action>
+    Kind next(std::string& line, Action beforeWaiting) {
+        line.clear();
+        bool any = false;
+        bool tooLong = false;
+        for (;;) {
+            if (used_ == buffer_.size() && !fill(beforeWaiting)) {
+                return tooLong ? Kind::tooLong : any ? Kind::line : Kind::end;
+            }
+            const std::size_t end = buffer_.find('\n', used_);
+            const std::size_t stop = end == std::string::npos ? buffer_.size() : end;
+            any = true;
+            tooLong = tooLong || line.size() + (stop - used_) > longestLine;
+            if (!tooLong) line.append(buffer_, used_, stop - used_);
+            used_ = stop + (end == std::string::npos ? 0 : 1);
+            if (end == std::string::npos) continue;
+            if (line.ends_with('\r')) line.pop_back();
+            return tooLong ? Kind::tooLong : Kind::line;
+        }
+    }
+
+private:
+    template <class Action>
+    bool fill(Action beforeWaiting) {
+        beforeWaiting();
+        buffer_.resize(readSize);
+        ssize_t count = 0;
+        do {
+            count = read(STDIN_FILENO, buffer_.data(), buffer_.size());
+        } while (count < 0 && errno == EINTR);
+        buffer_.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+        used_ = 0;
+        return !buffer_.empty();
+    }
+
+    std::string buffer_;
+    std::size_t used_ = 0;
+};
+
+ExitStatus parseInput(const Console& console) {
+    InputLines input;
+    ExitStatus status = ExitStatus::success;
+    std::string line;
+    for (;;) {
+        const auto kind = input.next(line, [] { std::fflush(stdout); });
+        if (kind == InputLines::Kind::end) break;
+        std::string answer = kind == InputLines::Kind::tooLong ? R"({"error":"the line is too long"})" : answerTo(line);
+        if (answer.starts_with(R"({"error")")) status = ExitStatus::usage;
+        answer += '\n';
+        if (std::fwrite(answer.data(), 1, answer.size(), stdout) != answer.size()) break;
+    }
+    return std::fflush(stdout) == 0 ? status : console.fail("The results can't be written.");
+}
+
+}  // namespace
+
+ExitStatus parseLines(const ParseOptions& options, const Console& console) {
+    if (options.manyLines) return parseInput(console);
+    const auto today = options.today ? CivilDate::parse(*options.today) : std::optional(SystemClock().today());
+    if (!today) {
+        return console.fail(fmt::format("“{}” is not a date of the form YYYY-MM-DD.", *options.today),
+                            ExitStatus::usage);
+    }
+    if (options.line.size() > longestLine) return console.fail("The line is too long.", ExitStatus::usage);
+    const auto result = QuickAdd::parse(options.line, QuickAddContext{.today = *today, .members = {}, .labels = {}});
+    if (options.json) {
+        console.json(toJson(result));
+    } else {
+        show(result, console);
+    }
+    return ExitStatus::success;
+}
+
+}  // namespace parvela

@@ -1,0 +1,81 @@
+#include "RunningProgram.h"
+
+#include <ParvelaKit/GLibPtr.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <unistd.h>
+
+#include <fmt/format.h>
+#include <gio/gio.h>
+
+namespace parvela {
+
+namespace {
+
+constexpr int callTimeout = 5000;  // milliseconds
+
+/// The object path that GApplication gives an application of this id.
+std::string objectPath() {
+    std::string path = "/" PARVELA_APP_ID;
+    std::ranges::replace(path, '.', '/');
+    std::ranges::replace(path, '-', '_');
+    return path;
+}
+
+/// Lets the program raise its window as if the user had clicked it.
+GVariant* platformData() {
+    GVariantBuilder builder;
+    g_variant_builder_init(&builder, G_VARIANT_TYPE_VARDICT);
+    for (const char* const variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
+        const char* const value = g_getenv(variable);
+        if (!value || !g_utf8_validate(value, -1, nullptr)) continue;
+        const bool token = std::string_view(variable) == "XDG_ACTIVATION_TOKEN";
+        g_variant_builder_add(&builder, "{sv}", token ? "activation-token" : "desktop-startup-id",
+                              g_variant_new_string(value));
+    }
+    return g_variant_builder_end(&builder);
+}
+
+bool call(const char* method, GVariant* arguments) {
+    const VariantPtr held(g_variant_ref_sink(arguments));
+    const auto bus = Ref<GDBusConnection>::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    if (!bus) return false;
+    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    const VariantPtr answer(g_dbus_connection_call_sync(
+        bus.get(), PARVELA_APP_ID, objectPath().c_str(), "org.freedesktop.Application", method, held.get(), nullptr,
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, callTimeout, nullptr, nullptr));
+    return static_cast<bool>(answer);
+}
+
+}  // namespace
+
+bool RunningProgram::open(const std::vector<std::string>& urls) {
+    GVariantBuilder list;
+    g_variant_builder_init(&list, G_VARIANT_TYPE_STRING_ARRAY);
+    for (const std::string& url : urls) g_variant_builder_add(&list, "s", url.c_str());
+    return call("Open", g_variant_new("(as@a{sv})", &list, platformData()));
+}
+
+void RunningProgram::tellSettingsChanged() {
+    (void)call("ActivateAction", g_variant_new("(sav@a{sv})", "reload-settings", nullptr, platformData()));
+}
+
+std::string RunningProgram::become(const std::vector<std::string>& arguments) {
+    const std::string program = siblingProgram("parvela-desktop");
+    std::vector<char*> argv{const_cast<char*>(program.c_str())};
+    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    execv(program.c_str(), argv.data());
+    return fmt::format("“{}” can't be started: {}.", program, std::generic_category().message(errno));
+}
+
+std::string siblingProgram(const std::string& name) {
+    std::error_code error;
+    const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+    return (self.parent_path() / name).string();
+}
+
+}  // namespace parvela

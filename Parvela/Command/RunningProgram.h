@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace parvela {
+
+/// The application's windows program: the one that runs in this session, or a new one.
+struct RunningProgram {
+    /// Hands URLs to the program that runs. False when none runs, or it does not answer.
+    static bool open(const std::vector<std::string>& urls);
+    /// Asks the program that runs, if any, to read its settings and token again (its action "reload-settings").
+    static void tellSettingsChanged();
+    /// Becomes the program. Returns only when that fails, with the reason.
+    static std::string become(const std::vector<std::string>& arguments);
+};
+
+/// A program that is installed, or was built, beside this one.
+std::string siblingProgram(const std::string& name);
+
+}  // namespace parvela
