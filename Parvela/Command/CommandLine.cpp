@@ -13,6 +13,7 @@
 #include <ParvelaKit/DeepLink.h>
 #include <ParvelaKit/Text.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
@@ -53,14 +54,22 @@ public:
     }
 
     int run(int argc, char** argv) {
+        // What follows "--" are words, whatever they look like.
+        std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+        const auto separator = std::ranges::find(arguments, "--");
+        const std::vector<std::string> rest(separator + (separator == arguments.end() ? 0 : 1), arguments.end());
+        arguments.erase(separator, arguments.end());
+        std::ranges::reverse(arguments);  // as CLI11 wants them
         try {
-            app_.parse(argc, argv);
+            app_.parse(std::move(arguments));
         } catch (const CLI::Success& wish) {
             return app_.exit(wish);  // help or version
         } catch (const CLI::ParseError& error) {
             fmt::print(stderr, "parvela: {}\nSee “parvela --help”.\n", presentable(error.what()));
             return static_cast<int>(ExitStatus::usage);
         }
+        auto& words = app_.get_subcommands().empty() ? urls_ : words_;
+        words.insert(words.end(), rest.begin(), rest.end());
         return static_cast<int>(perform());
     }
 
@@ -70,7 +79,7 @@ private:
         add_->footer(
             "Example: parvela add Write brief tomorrow 9am !high --board Marketing\nWords that begin with \"-\" go "
             "behind \"--\".");
-        add_->add_option("LINE", words_, "The line; several words are joined")->required();
+        add_->add_option("LINE", words_, "The line; several words are joined");
         add_->add_option("--board", addOptions_.board,
                          "Board by id or name (default: the default board of the settings)");
         add_->add_option("--due", addOptions_.due, "Due date: YYYY-MM-DD, or words such as \"next friday\"");
@@ -104,6 +113,8 @@ private:
     ExitStatus perform() {
         if (demo_ && !local_) return console_.fail("--demo needs --local.", ExitStatus::usage);
         if (*parse_) return parse();
+        if (*add_ && words_.empty()) return console_.fail("add needs a line.", ExitStatus::usage);
+        if (!*add_ && !words_.empty()) return console_.fail("Too many arguments.", ExitStatus::usage);
         for (const std::string& url : urls_) {
             const auto parsed = Url::parse(url);
             if (!parsed || parsed->scheme().empty()) {

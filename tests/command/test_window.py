@@ -1,0 +1,142 @@
+"""The way to the window: starting it, handing URLs to the one that runs, and the service of this machine."""
+
+import shutil
+import subprocess
+import unittest
+
+from harness import programs
+from harness.waiting import wait_until
+from support import CommandCase, TOKEN
+
+DESKTOP = """#!/bin/sh
+# Stands for the windows program: keeps what it was asked for.
+printf '%s\\n' "$#" "$@" >> "$HOME/started"
+"""
+
+RUNNING = """#!/usr/bin/python3
+import sys
+import gi
+gi.require_version("Gio", "2.0")
+from gi.repository import Gio, GLib
+application = Gio.Application(application_id="app.parvela.Parvela", flags=Gio.ApplicationFlags.HANDLES_OPEN)
+application.hold()
+def say(text):
+    print(text, flush=True)
+application.connect("activate", lambda _: say("ready"))
+application.connect("open", lambda _, files, *__: [say("open " + file.get_uri()) for file in files])
+action = Gio.SimpleAction(name="reload-settings")
+action.connect("activate", lambda *_: say("reload"))
+application.add_action(action)
+application.run([])
+"""
+
+SERVICE = """#!/usr/bin/python3
+import http.server, os, pathlib, sys, threading
+(pathlib.Path(os.environ["HOME"]) / "service").open("a").write(" ".join(["started"] + sys.argv[1:]) + "\\n")
+if (pathlib.Path(os.environ["HOME"]) / "broken").exists():
+    sys.exit("The port is taken.")
+class Handler(http.server.BaseHTTPRequestHandler):
+    def do_GET(self):
+        self.send_response(404)
+        self.send_header("Content-Length", "0")
+        self.end_headers()
+    def log_message(self, *_):
+        pass
+api = http.server.ThreadingHTTPServer(("127.0.0.1", 3213), Handler)
+threading.Thread(target=api.serve_forever, daemon=True).start()
+http.server.ThreadingHTTPServer(("127.0.0.1", 3100), Handler).serve_forever()
+"""
+
+
+class WindowCase(CommandCase):
+    def setUp(self):
+        super().setUp()
+        self.bin = self.session.root / "bin"
+        self.bin.mkdir()
+        self.addCleanup(shutil.rmtree, self.bin)
+        shutil.copy(programs.path("parvela"), self.bin)
+        self.write_program("parvela-desktop", DESKTOP)
+        for name in ("started", "service", "broken"):
+            (self.session.home / name).unlink(missing_ok=True)
+
+    def write_program(self, name, text):
+        (self.bin / name).write_text(text, encoding="utf-8")
+        (self.bin / name).chmod(0o755)
+
+    def parvela(self, *arguments, **options):
+        return self.session.run(self.bin / "parvela", *arguments, **options)
+
+    def started(self):
+        file = self.session.home / "started"
+        return file.read_text(encoding="utf-8").splitlines() if file.exists() else []
+
+
+class Window(WindowCase):
+    def test_without_a_command_the_window_opens(self):
+        for arguments, passed in (([], []), (["--background"], ["--background"]),
+                                  (["parvela://quick-add", "https://example.org/a?b=c d".replace(" ", "%20")],
+                                   ["parvela://quick-add", "https://example.org/a?b=c%20d"]),
+                                  (["open", "TSK-42"], ["parvela://task?key=TSK-42"])):
+            with self.subTest(arguments):
+                (self.session.home / "started").unlink(missing_ok=True)
+                self.assert_says(self.parvela(*arguments), 0)
+                self.assertEqual(self.started(), [str(len(passed)), *passed])
+
+    def test_what_is_neither_a_command_nor_a_url_opens_nothing(self):
+        for arguments in (["ad"], ["relative/path"], ["--demo"], ["open", " "], ["due", "extra"], ["due", "--", "extra"], ["add"]):
+            with self.subTest(arguments):
+                run = self.parvela(*arguments)
+                self.assertEqual((run.returncode, run.stdout), (2, ""))
+                self.assertTrue(run.stderr.startswith("parvela: "), run.stderr)
+        self.assertEqual(self.started(), [])
+
+    def test_a_missing_windows_program_is_named(self):
+        (self.bin / "parvela-desktop").unlink()
+        self.assert_says(self.parvela(), 1, err=f"parvela: “{self.bin}/parvela-desktop” can't be started: No such file or directory.")
+
+    def test_the_program_that_runs_is_asked(self):
+        self.write_program("running", RUNNING)
+        running = self.session.start(self.bin / "running")
+        self.addCleanup(running.stop)
+        wait_until(lambda: "ready" in running.output(), "the running program")
+        self.assert_says(self.parvela("open", " TSK-42 & more"), 0, "Open TSK-42 & more")
+        self.assertEqual(self.parvela("link-token", stdin=TOKEN).returncode, 0)
+        self.assertEqual(self.parvela("unlink").returncode, 0)
+        wait_until(lambda: running.output().split("\n") == ["ready", "open parvela://task?key=TSK-42%20%26%20more", "reload", "reload", ""],
+                   "what it was told")
+        self.assertEqual(self.started(), [])
+
+
+def can_have_private_network():
+    return subprocess.run(["unshare", "-rn", "true"], capture_output=True, check=False).returncode == 0
+
+
+@unittest.skipUnless(can_have_private_network(), "needs a network of its own, because the local service has fixed ports")
+class Local(WindowCase):
+    def setUp(self):
+        super().setUp()
+        self.write_program("parvela-local-service", SERVICE)
+        self.write_settings(serverMode="production")
+
+    def in_private_network(self, script):
+        return self.session.run("unshare", "-rn", "sh", "-c", f"ip link set lo up; {script}", env={"P": str(self.bin / "parvela")})
+
+    def service_starts(self):
+        return (self.session.home / "service").read_text(encoding="utf-8").splitlines()
+
+    def test_the_service_is_started_once_and_used(self):
+        run = self.in_private_network('"$P" --local --demo; echo "first $?"; "$P" --local due; echo "second $?"')
+        self.assertEqual(run.stdout, "first 0\nsecond 3\n", run.stderr)
+        self.assertEqual(self.service_starts(), ["started --demo"])
+        self.assertEqual(self.started(), ["0"])
+        self.assertEqual(self.read_settings()["serverMode"], "local")
+
+    def test_a_service_that_does_not_come_up_is_reported(self):
+        (self.session.home / "broken").touch()
+        run = self.in_private_network('"$P" --local; echo $?')
+        self.assertEqual(run.stdout, "1\n")
+        log = self.session.home / ".local" / "state" / "parvela" / "local-service.log"
+        self.assertEqual(run.stderr, f"parvela: The Parvela service of this machine ended at once. “{log}” says why.\n")
+        self.assertEqual(log.read_text(encoding="utf-8"), "The port is taken.\n")
+        self.assertEqual(self.read_settings()["serverMode"], "production")
+        self.assertEqual(self.started(), [])
