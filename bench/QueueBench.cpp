@@ -23,6 +23,9 @@ class StandingClock final : public Clock {
 public:
     Instant now() const override { return Instant(std::chrono::milliseconds(1'781'222'400'000)); }
     CivilDate today() const override { return {2026, 6, 12}; }
+    Instant moment(CivilDate day, std::int64_t minutesAfterMidnight) const override {
+        return std::chrono::sys_days(std::chrono::days(day.dayNumber())) + std::chrono::minutes(minutesAfterMidnight);
+    }
 };
 
 /// A service whose answers arrive one turn after the requests, and a main loop that measures its turns.

@@ -61,6 +61,9 @@ public:
     explicit WorldClock(const World& world) : world_(world) {}
     Instant now() const override { return Instant(std::chrono::milliseconds(world_.now)); }
     CivilDate today() const override { return {2026, 6, 12}; }
+    Instant moment(CivilDate day, std::int64_t minutesAfterMidnight) const override {
+        return std::chrono::sys_days(std::chrono::days(day.dayNumber())) + std::chrono::minutes(minutesAfterMidnight);
+    }
 
 private:
     const World& world_;
