@@ -122,6 +122,7 @@ bool OfflineQueue::Machine::discard(std::int64_t id) {
 
 void OfflineQueue::Machine::close() {
     client_.reset();
+    forgetHandedBack();
     closing_.request_stop();
     sleeping_.request_stop();
 }
@@ -335,12 +336,19 @@ Task<Result<QuickAddReceipt, QuickAddFailure>> OfflineQueue::Machine::submit(std
 
 Task<void> OfflineQueue::Machine::forgetNextTurn(std::shared_ptr<Machine> machine, Flight flight) {
     // Until its author has seen that the line failed, a program that is killed must find it again.
+    machine->handedBack_.insert(flight);
     auto turn = machine->environment_.sleep(std::chrono::milliseconds(0), machine->closing_.get_token());
     co_await turn;
-    machine->inFlight_.erase(flight);
-    if (machine->isCurrent(flight)) machine->settle({.id = flight.second});
-    machine->refreshCounts();
+    machine->forgetHandedBack();
     machine->startPump();
+}
+
+void OfflineQueue::Machine::forgetHandedBack() {
+    for (const Flight& flight : std::exchange(handedBack_, {})) {
+        inFlight_.erase(flight);
+        if (isCurrent(flight)) settle({.id = flight.second});
+    }
+    refreshCounts();
 }
 
 }  // namespace parvela

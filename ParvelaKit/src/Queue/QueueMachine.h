@@ -63,8 +63,9 @@ private:
         bool maySend = true;
     };
     Kept keep(NewQueuedLine line);
-    /// Removes a line that was handed back to its author.
+    /// Removes a line that is being handed back to its author.
     static Task<void> forgetNextTurn(std::shared_ptr<Machine> machine, Flight flight);
+    void forgetHandedBack();
 
     /// Sends what is due until nothing is, then sleeps until something will be.
     static Task<void> pump(std::shared_ptr<Machine> machine);
@@ -97,6 +98,7 @@ private:
     std::stop_source closing_;
 
     std::set<Flight> inFlight_;
+    std::set<Flight> handedBack_;  ///< of those, the ones whose author has the line back
     std::vector<Settlement> unsettled_;
     bool pumping_ = false;
     bool pumpAgain_ = false;

@@ -348,6 +348,15 @@ TEST_F(OfflineQueueTest, destroyingTheQueueWhileSendingKeepsTheLine) {
     EXPECT_EQ(queue_->lines(1)[0].lostAnswers, 1);
 }
 
+TEST_F(OfflineQueueTest, aProgramThatEndsAfterARefusalLeavesNothingBehind) {
+    start();
+    willRefuse(422, "The title is too long.");
+    auto task = submit("One");
+    EXPECT_EQ(std::move(task).result().error().message(), "The title is too long.");
+    start();
+    EXPECT_EQ(counts(), "0w0s0f");
+}
+
 TEST_F(OfflineQueueTest, doesNotKeepLinesWithoutEnd) {
     start();
     const auto trySubmitting = [this](std::size_t size) {
