@@ -56,6 +56,7 @@ private:
     void completeRepeat();
 
     // Each looks at the word and returns how many words it took; 0 when there is nothing of its kind.
+    std::size_t takeAt(std::size_t index);
     std::size_t takeRepeat(std::size_t index);
     std::size_t takeDate(std::size_t index);
     std::size_t takeTime(std::size_t index);
@@ -68,6 +69,7 @@ private:
 
     /// Consumes the words, which are available, and adds their token.
     void accept(std::size_t index, std::size_t length, Kind kind, std::string value, std::string display);
+    void addToken(QuickAddToken token);
     bool areAvailable(std::size_t index, std::size_t length) const;
     /// How many words before a date or time may lead to it: "due", one of `first` and `second`, or "due" and one of
     /// them.
@@ -117,26 +119,16 @@ void Parser::takeQuotedLabels() {
         for (std::size_t i = first; i < last; ++i) match ? line_.consume(i) : line_.makeQuoted(i);
         if (!match) continue;
         labelIds_.add(match->id);
-        result_.tokens.push_back(
-            {label->start, label->end, Kind::label, std::move(match->id), std::move(match->display)});
+        addToken({label->start, label->end, Kind::label, std::move(match->id), std::move(match->display)});
     }
 }
 
 void Parser::takeWords() {
     const auto quotedCount = static_cast<std::ptrdiff_t>(result_.tokens.size());
     for (std::size_t i = 0; i < line_.size();) {
-        std::size_t taken = 0;
-        if (line_.mayBeRecognised(i)) {
-            taken = takeRepeat(i);
-            if (taken == 0) taken = takeDate(i);
-            if (taken == 0) taken = takeTime(i);
-            if (taken == 0) taken = takePriority(i);
-            if (taken == 0) taken = takeAssignee(i);
-            if (taken == 0) taken = takeLabel(i);
-        }
-        i += std::max<std::size_t>(taken, 1);
+        i += std::max<std::size_t>(takeAt(i), 1);
     }
-    if (quotedCount == 0) return;
+    if (quotedCount == 0 || result_.tokens.size() == static_cast<std::size_t>(quotedCount)) return;
     std::vector<QuickAddToken> sorted;
     sorted.reserve(result_.tokens.size());
     const auto begin = std::make_move_iterator(result_.tokens.begin());
@@ -144,6 +136,19 @@ void Parser::takeWords() {
     std::merge(begin, begin + quotedCount, begin + quotedCount, end, std::back_inserter(sorted),
                [](const QuickAddToken& a, const QuickAddToken& b) { return a.start < b.start; });
     result_.tokens = std::move(sorted);
+}
+
+std::size_t Parser::takeAt(std::size_t index) {
+    if (!line_.isAvailable(index) || line_.lower(index).empty()) return 0;
+    const char16_t first = line_.lower(index).front();
+    if (first == u'@') return takeAssignee(index);
+    if (first == u'#') return takeLabel(index);
+    // Of the other words only those of the vocabulary and numbers can begin anything.
+    if (line_.term(index).kind == TermKind::none && !isAsciiDigit(first)) return 0;
+    if (const auto taken = takeRepeat(index)) return taken;
+    if (const auto taken = takeDate(index)) return taken;
+    if (const auto taken = takeTime(index)) return taken;
+    return takePriority(index);
 }
 
 std::size_t Parser::takeRepeat(std::size_t index) {
@@ -196,7 +201,7 @@ std::size_t Parser::takePriority(std::size_t index) {
 
 std::size_t Parser::takeAssignee(std::size_t index) {
     const auto word = line_.lower(index);
-    if (word.size() < 2 || word.front() != u'@') return 0;
+    if (word.size() < 2) return 0;
     auto match = resolveMember(word.substr(1));
     if (!match) return 0;
     assigneeIds_.add(match->id);
@@ -205,9 +210,7 @@ std::size_t Parser::takeAssignee(std::size_t index) {
 }
 
 std::size_t Parser::takeLabel(std::size_t index) {
-    const auto word = line_.lower(index);
-    if (!word.starts_with(u'#')) return 0;
-    auto match = resolveLabel(word.substr(1));
+    auto match = resolveLabel(line_.lower(index).substr(1));
     if (!match) return 0;
     labelIds_.add(match->id);
     accept(index, 1, Kind::label, std::move(match->id), std::move(match->display));
@@ -257,9 +260,16 @@ bool Parser::areAvailable(std::size_t index, std::size_t length) const {
 
 void Parser::accept(std::size_t index, std::size_t length, Kind kind, std::string value, std::string display) {
     for (std::size_t i = index; i < index + length; ++i) line_.consume(i);
-    if (result_.tokens.empty()) result_.tokens.reserve(4);
-    result_.tokens.push_back(
-        {line_[index].start, line_[index + length - 1].end, kind, std::move(value), std::move(display)});
+    addToken({line_[index].start, line_[index + length - 1].end, kind, std::move(value), std::move(display)});
+}
+
+void Parser::addToken(QuickAddToken token) {
+    constexpr std::size_t usualCount = 4;
+    auto& tokens = result_.tokens;
+    // A line has at most as many tokens as words. Room for all of them at once spares thousands of tokens their moves.
+    if (tokens.size() == tokens.capacity())
+        tokens.reserve(tokens.empty() ? usualCount : std::max(line_.size(), usualCount));
+    tokens.push_back(std::move(token));
 }
 
 std::size_t Parser::leadLength(std::size_t index, TermKind first, TermKind second) const {

@@ -43,7 +43,7 @@ public:
             "noon",         "next tue,", "(this weekend)", "@jos\u00e9",   "#\"Design Review\"",
             "12th of july", "every day", "@mary"};
         std::string line = one(plain);
-        while (line.size() + 12 < length) {
+        while (line.size() + 4 < length) {
             line += ' ';
             line += one(chance(4) ? meaningful : plain);
         }

@@ -104,13 +104,19 @@ void Line::lowerFully() {
 }
 
 void Line::lowerEachWord() {
+    constexpr std::size_t mostGrowth = 3;
     lowered_.resize(0);
     for (std::size_t i = 0; i < words_.size(); ++i) {
         Word& word = words_[i];
-        const auto lower = lowercased(text_.substr(word.start, word.end - word.start));
-        word.lowerStart = static_cast<std::uint32_t>(lowered_.size());
-        word.lowerLength = static_cast<std::uint32_t>(lower.size());
-        for (const char16_t unit : lower) lowered_.push(unit);
+        const auto core = text_.substr(word.start, word.end - word.start);
+        const std::size_t start = lowered_.size();
+        lowered_.resize(start + core.size() * mostGrowth);
+        UErrorCode status = U_ZERO_ERROR;
+        const auto length = u_strToLower(lowered_.data() + start, static_cast<std::int32_t>(core.size() * mostGrowth),
+                                         core.data(), static_cast<std::int32_t>(core.size()), "", &status);
+        word.lowerStart = static_cast<std::uint32_t>(start);
+        word.lowerLength = U_SUCCESS(status) ? static_cast<std::uint32_t>(length) : 0;
+        lowered_.resize(start + word.lowerLength);
     }
     for (std::size_t i = 0; i < padding; ++i) lowered_.push(u'\0');
 }

@@ -49,12 +49,6 @@ public:
         const Word& word = words_[index];
         return !word.consumed && !word.literal && !word.quoted;
     }
-    /// False for the great part of words, in which nothing can be found whatever stands beside them.
-    bool mayBeRecognised(std::size_t index) const {
-        if (!isAvailable(index) || words_[index].lowerLength == 0) return false;
-        const char16_t first = lowered_[words_[index].lowerStart];
-        return words_[index].term.kind != TermKind::none || isAsciiDigit(first) || first == u'@' || first == u'#';
-    }
     /// What the word stands for; nothing when it is not available.
     Term term(std::size_t index) const { return isAvailable(index) ? words_[index].term : Term(); }
 

@@ -42,17 +42,18 @@ std::u16string labelKey(std::u16string_view name) {
     return folded(trimmed(name));
 }
 
-std::u16string looseLabelKey(std::u16string_view name) {
-    std::u16string key;
-    for (const char16_t unit : folded(name)) {
+std::u16string looseLabelKey(std::u16string_view key) {
+    std::u16string loose;
+    loose.reserve(key.size());
+    for (const char16_t unit : key) {
         if (!joinsWords(unit)) {
-            key += unit;
-        } else if (!key.empty() && key.back() != u' ') {
-            key += u' ';
+            loose += unit;
+        } else if (!loose.empty() && loose.back() != u' ') {
+            loose += u' ';
         }
     }
-    if (!key.empty() && key.back() == u' ') key.pop_back();
-    return key;
+    if (!loose.empty() && loose.back() == u' ') loose.pop_back();
+    return loose;
 }
 
 }  // namespace parvela::QuickAdd

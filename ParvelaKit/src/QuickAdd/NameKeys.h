@@ -14,7 +14,7 @@ std::vector<std::u16string> memberKeys(const QuickAddMember& member);
 
 /// A name for comparison: folded and without white space at its ends.
 std::u16string labelKey(std::u16string_view name);
-/// The same with each run of white space, "_" and "-" as one blank, and none at the ends.
-std::u16string looseLabelKey(std::u16string_view name);
+/// The key with each run of white space, "_" and "-" as one blank, and none at the ends.
+std::u16string looseLabelKey(std::u16string_view key);
 
 }  // namespace parvela::QuickAdd

@@ -81,9 +81,9 @@ Fit fitOfKeys(std::u16string_view key, const QuickAddMember& member) {
 }
 
 Fit fitOfKeys(std::u16string_view key, std::u16string_view looseKey, const QuickAddLabel& label) {
-    const auto name = utf16(label.name);
-    if (labelKey(name) == key) return Fit::whole;
-    return looseLabelKey(name) == looseKey ? Fit::partial : Fit::none;
+    const auto known = labelKey(utf16(label.name));
+    if (known == key) return Fit::whole;
+    return looseLabelKey(known) == looseKey ? Fit::partial : Fit::none;
 }
 
 template <class Text>
@@ -207,7 +207,7 @@ struct LabelSearch::Index {
     explicit Index(std::span<const QuickAddLabel> labels) {
         for (std::size_t i = 0; i < labels.size(); ++i) {
             names.push_back({labelKey(utf16(labels[i].name)), i});
-            looseNames.push_back({looseLabelKey(utf16(labels[i].name)), i});
+            looseNames.push_back({looseLabelKey(names.back().key), i});
         }
         std::ranges::sort(names);
         std::ranges::sort(looseNames);
@@ -225,7 +225,7 @@ const QuickAddLabel* LabelSearch::find(std::u16string_view name) {
     const auto key = labelKey(name);
     const auto exact = firstNotBelow(index_->names, key);
     if (exact != index_->names.end() && exact->key == key) return &labels_[exact->index];
-    const auto looseKey = looseLabelKey(name);
+    const auto looseKey = looseLabelKey(key);
     const auto loose = firstNotBelow(index_->looseNames, looseKey);
     if (loose == index_->looseNames.end() || loose->key != looseKey) return nullptr;
     const auto next = loose + 1;
@@ -245,7 +245,7 @@ const QuickAddLabel* LabelSearch::findInPlace(std::u16string_view name) {
         if (fit == Fit::unknown) {
             budget_.spend(costOfFolding);
             if (key.empty()) key = labelKey(name);
-            if (looseKey.empty()) looseKey = looseLabelKey(name);
+            if (looseKey.empty()) looseKey = looseLabelKey(key);
             fit = fitOfKeys(key, looseKey, label);
         }
         if (fit == Fit::whole) return &label;

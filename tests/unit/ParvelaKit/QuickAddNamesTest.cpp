@@ -42,8 +42,9 @@ const QuickAddMember* slowFind(const std::vector<QuickAddMember>& members, std::
 const QuickAddLabel* slowFind(const std::vector<QuickAddLabel>& labels, std::u16string_view name) {
     std::vector<const QuickAddLabel*> loose;
     for (const auto& label : labels) {
-        if (labelKey(toUtf16(label.name)) == labelKey(name)) return &label;
-        if (looseLabelKey(toUtf16(label.name)) == looseLabelKey(name)) loose.push_back(&label);
+        const auto known = labelKey(toUtf16(label.name));
+        if (known == labelKey(name)) return &label;
+        if (looseLabelKey(known) == looseLabelKey(labelKey(name))) loose.push_back(&label);
     }
     return loose.size() == 1 ? loose.front() : nullptr;
 }
