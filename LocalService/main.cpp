@@ -26,6 +26,9 @@ public:
         return std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
     }
     CivilDate today() const override { return Zone::local().dayOf(now()); }
+    Instant moment(CivilDate day, std::int64_t minutesAfterMidnight) const override {
+        return Zone::local().momentOf(day, static_cast<int>(minutesAfterMidnight));
+    }
 };
 
 /// Keeps a second service away from the same data for as long as it lives.

@@ -42,9 +42,14 @@ CivilDate Zone::dayOf(Instant moment) const {
 }
 
 Instant Zone::startOf(CivilDate day) const {
-    const DateTimePtr midnight(g_date_time_new(zoneOf(handle_), day.year, day.month, day.day, 0, 0, 0));
-    if (!midnight) return Instant{};
-    return Instant(std::chrono::seconds(g_date_time_to_unix(midnight.get())));
+    return momentOf(day, 0);
+}
+
+Instant Zone::momentOf(CivilDate day, int minutesAfterMidnight) const {
+    const DateTimePtr there(g_date_time_new(zoneOf(handle_), day.year, day.month, day.day, minutesAfterMidnight / 60,
+                                            minutesAfterMidnight % 60, 0));
+    if (!there) return Instant{};
+    return Instant(std::chrono::seconds(g_date_time_to_unix(there.get())));
 }
 
 }  // namespace parvela::service

@@ -19,6 +19,8 @@ public:
 
     CivilDate dayOf(Instant moment) const;
     Instant startOf(CivilDate day) const;
+    /// When clocks there show that many minutes after midnight, 0 to 1439.
+    Instant momentOf(CivilDate day, int minutesAfterMidnight) const;
 
 private:
     explicit Zone(std::shared_ptr<void> handle) : handle_(std::move(handle)) {}
