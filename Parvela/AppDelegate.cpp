@@ -4,8 +4,6 @@
 #include "Windows/MainWindowController.h"
 
 #include <ParvelaKit/BuildInfo.h>
-#include <ParvelaKit/DeepLink.h>
-#include <ParvelaKit/OAuthHandoff.h>
 #include <Platform/DeviceName.h>
 #include <Platform/LibsecretStore.h>
 #include <Platform/SoupTransport.h>
@@ -41,9 +39,7 @@ AppDelegate::AppDelegate()
       notifications_(std::make_shared<NotificationCentre>()),
       device_(secrets_),
       clock_(std::make_shared<SystemClock>()),
-      desktop_([this](const std::string& problem) {
-          if (MainWindow* const window = windows_ ? windows_->frontWindow() : nullptr) window->showToast(problem);
-      }) {
+      desktop_([this](const std::string& problem) { showToast(problem); }) {
     const TokenStore tokens(secrets_, BuildInfo::keychainGroup());
     const ParvelaSession session(Preferences(defaults_), tokens, SoupTransport::shared(), clock_);
     model_ = AppModel::create(session, AppModelEnvironment{.clock = clock_,
@@ -91,10 +87,97 @@ int AppDelegate::handleLocalOptions(GVariantDict* given) {
 void AppDelegate::didFinishLaunching() {
     // The program ends when its owner says so, not when it happens to have no window.
     g_application_hold(G_APPLICATION(application_.get()));
-    windows_ = std::make_unique<WindowManager>(GTK_APPLICATION(application_.get()), model_, desktop_, clock_, paths_);
-    windows_->onLastWindowClosed = [this] { lastWindowClosed(); };
+    windows_ = std::make_unique<WindowManager>(GTK_APPLICATION(application_.get()), model_, desktop_, notifications_,
+                                               clock_, paths_);
     readDevice().detach();
-    model_->reloadCredentials().detach();
+    windows_->onBoardsChanged = [this] {
+        const auto* const tab = windows_->frontController();
+        menu_->setBoards(tab ? tab->boards() : std::vector<BoardRef>{});
+    };
+    windows_->onLastWindowClosed = [this] { lastWindowClosed(); };
+    windows_->onQuickAdd = [this] { showQuickAdd(); };
+    addActions();
+    menu_ = std::make_unique<MainMenu>(GTK_APPLICATION(application_.get()));
+    windows_->setMenu(menu_->model());
+    router_ = std::make_shared<URLRouter>(
+        model_, *windows_,
+        URLRouterSurfaces{.showAlert = [this](const std::string& message,
+                                              const std::string& informative) { showAlert(message, informative); },
+                          .showQuickAdd = [this] { showQuickAdd(); },
+                          .showSettings = [this] { showSettings(); },
+                          .notify = [this](UserNotification notification) { notify(std::move(notification)); }});
+    openURL_ = notifications_->openURL.observe([this](const DeepLinkTarget& target) { router_->open(target); });
+    showQuickAdd_ = notifications_->showQuickAdd.observe([this] { showQuickAdd(); });
+    windows_->restore(startsInBackground_ ? WindowManager::Show::later : WindowManager::Show::now);
+    readCredentials().detach();
+    if (defaults_->warning()) showToast(*defaults_->warning());
+}
+
+Task<void> AppDelegate::readCredentials() {
+    auto reading = model_->reloadCredentials();
+    co_await reading;
+    if (model_->hasToken.get()) model_->refreshAll().detach();
+}
+
+void AppDelegate::addAction(const char* name, std::function<void()> handler) {
+    const auto action = Ref<GSimpleAction>::adopt(g_simple_action_new(name, nullptr));
+    connections_.push_back(connect<void(GSimpleAction*, GVariant*)>(
+        action.get(), "activate", [handler](GSimpleAction*, GVariant*) { handler(); }));
+    g_action_map_add_action(G_ACTION_MAP(application_.get()), G_ACTION(action.get()));
+}
+
+void AppDelegate::addActions() {
+    addAction("about", [this] { showAbout(); });
+    addAction("showSettings", [this] { showSettings(); });
+    addAction("showQuickAdd", [this] { showQuickAdd(); });
+    addAction("newTask", [this] { newTask(); });
+    addAction("newWindow", [this] { windows_->openWindow(); });
+    addAction("showMainWindow", [this] { windows_->showMainWindow(); });
+    addAction("arrangeInFront", [this] { windows_->presentAll(); });
+    addAction("hide", [this] { hide(); });
+    addAction("openHelp", [this] {
+        windows_->showMainWindow();
+        windows_->frontController()->openPath("/settings/developers");
+    });
+    addAction("quit", [this] { g_application_quit(G_APPLICATION(application_.get())); });
+}
+
+void AppDelegate::newTask() {
+    windows_->showMainWindow();
+    if (auto* const tab = windows_->frontController()) windows_->newTask(*tab);
+}
+
+void AppDelegate::hide() {
+    // Without a place from which to call them back, windows stay within reach.
+    for (const auto& window : windows_->windows()) gtk_window_minimize(window->get());
+}
+
+void AppDelegate::showAbout() {
+    MainWindow* const window = windows_->frontWindow();
+    adw_show_about_window(window ? window->get() : nullptr,  //
+                          "application-name", "Parvela", "application-icon", PARVELA_APP_ID, "developer-name",
+                          "The Parvela authors", "version", std::string(BuildInfo::version()).c_str(), "license-type",
+                          GTK_LICENSE_MIT_X11, "comments", "The task board, native on the desktop.", nullptr);
+}
+
+/// Until there is a window for it, the web app's own settings.
+void AppDelegate::showSettings() {
+    windows_->showMainWindow();
+    if (auto* const tab = windows_->frontController()) tab->openPath("/settings");
+}
+
+/// The page's form for a new task takes the place of a field of our own.
+void AppDelegate::showQuickAdd() {
+    windows_->showMainWindow();
+    if (auto* const tab = windows_->frontController()) tab->webView().dispatch(NativeBridge::NewTask{});
+}
+
+void AppDelegate::notify(UserNotification notification) {
+    showToast(notification.title);
+}
+
+void AppDelegate::showToast(const std::string& text) {
+    if (MainWindow* const window = windows_ ? windows_->frontWindow() : nullptr) window->showToast(text);
 }
 
 /// Lives in this object, which lives until the process ends.
@@ -108,35 +191,15 @@ Task<void> AppDelegate::readDevice() {
 }
 
 void AppDelegate::activated() {
-    if (std::exchange(startsInBackground_, false)) return;
-    windows_->showMainWindow();
+    // The first activation belongs to the start itself, which has shown what it should.
+    if (!std::exchange(startsInBackground_, false)) windows_->showMainWindow();
 }
 
 void AppDelegate::opened(GFile** files, int count) {
     for (int index = 0; index < count; ++index) {
         const CharPtr uri(g_file_get_uri(files[index]));
-        if (const auto url = Url::parse(uri.get())) handleIncoming(*url);
-    }
-}
-
-void AppDelegate::handleIncoming(const Url& url) {
-    const ServerConfig& server = model_->server.get();
-    if (url.scheme() == "http" || url.scheme() == "https") {
-        windows_->showMainWindow();
-        windows_->frontController()->load(url);
-        return;
-    }
-    if (OAuthHandoff::isCallback(url)) {
-        windows_->showMainWindow();
-        if (const auto completion = OAuthHandoff::completionURL(server.appURL, url)) {
-            windows_->frontController()->load(*completion);
-        }
-        return;
-    }
-    const auto link = DeepLink::parse(url);
-    if (const auto* const path = link ? std::get_if<DeepLink::OpenPath>(&link->action) : nullptr) {
-        windows_->showMainWindow();
-        windows_->frontController()->load(server.appPageAt(path->path));
+        // Bare words and local files come as file URLs, which the router ignores.
+        if (const auto url = Url::parse(uri.get())) router_->open(*url);
     }
 }
 
@@ -153,6 +216,9 @@ void AppDelegate::lastWindowClosed() {
 }
 
 void AppDelegate::willTerminate() {
+    if (!windows_) return;  // this start only handed its URLs to the running instance
+    windows_->saveNow();
+    router_.reset();
     windows_.reset();
 }
 

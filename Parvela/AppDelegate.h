@@ -1,7 +1,10 @@
 #pragma once
 
+#include "Menu/MainMenu.h"
 #include "Model/AppModel.h"
+#include "Model/Notifier.h"
 #include "Support/DesktopServices.h"
+#include "URLRouter.h"
 #include "Windows/WindowManager.h"
 
 #include <ParvelaKit/DeviceIdentity.h>
@@ -34,8 +37,6 @@ public:
     /// Runs until the user quits; returns the exit status.
     int run(int argc, char** argv);
 
-    /// An URL from outside: a page, the return from a sign-in, or a deep link. Others are ignored.
-    void handleIncoming(const Url& url);
     /// Shows a message to the user: on the front window, or by itself.
     void showAlert(const std::string& message, const std::string& informative);
 
@@ -46,7 +47,17 @@ private:
     void opened(GFile** files, int count);
     void willTerminate();
     Task<void> readDevice();
+    Task<void> readCredentials();
     void lastWindowClosed();
+    void addActions();
+    void addAction(const char* name, std::function<void()> handler);
+    void showAbout();
+    void showSettings();
+    void showQuickAdd();
+    void hide();
+    void newTask();
+    void showToast(const std::string& text);
+    void notify(UserNotification notification);
 
     Ref<AdwApplication> application_;
     XdgPaths paths_;
@@ -58,6 +69,10 @@ private:
     std::shared_ptr<const Clock> clock_;
     DefaultApplications desktop_;
     std::unique_ptr<WindowManager> windows_;
+    std::unique_ptr<MainMenu> menu_;
+    std::shared_ptr<URLRouter> router_;
+    Subscription openURL_;
+    Subscription showQuickAdd_;
     MainLoopTimer devicePatience_;
     std::vector<Connection> connections_;
     bool startsInBackground_ = false;

@@ -4,9 +4,17 @@
 #include "Windows/MainWindowController.h"
 #include "Windows/WindowManager.h"
 
+#include <ParvelaKit/TitlebarLayout.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <X11/Xlib.h>
+#include <gdk/x11/gdkx.h>
+
 namespace parvela {
 
-MainWindow::MainWindow(WindowManager& manager, GtkApplication* application) : manager_(manager) {
+MainWindow::MainWindow(WindowManager& manager, GtkApplication* application, GMenuModel* menu) : manager_(manager) {
     const Interface interface("MainWindow.ui");
     window_ = Ref<AdwApplicationWindow>::ref(interface.get<AdwApplicationWindow>("window"));
     tabs_ = interface.get<AdwTabView>("tabs");
@@ -14,7 +22,13 @@ MainWindow::MainWindow(WindowManager& manager, GtkApplication* application) : ma
     header_ = interface.get<GtkWidget>("header");
     tabBar_ = interface.get<GtkWidget>("tabBar");
     title_ = interface.get<AdwWindowTitle>("title");
-    buttons_ = std::make_unique<WindowButtons>(interface.get<GtkWidget>("cluster"));
+    menuButton_ = interface.get<GtkMenuButton>("menuButton");
+    clusterMenuButton_ = interface.get<GtkMenuButton>("clusterMenuButton");
+    for (GtkMenuButton* const button : {menuButton_, clusterMenuButton_}) gtk_menu_button_set_menu_model(button, menu);
+    buttons_ = std::make_unique<WindowButtons>(interface.get<GtkWidget>("cluster"),
+                                               interface.get<GtkWidget>("controls"), GTK_WIDGET(clusterMenuButton_));
+    actions_ = std::make_unique<WindowActions>(*this, manager_);
+    find_ = std::make_unique<FindBar>(interface, [this] { return selected(); });
     gtk_window_set_application(get(), application);
     connectWindow();
     connectTabs();
@@ -38,6 +52,8 @@ void MainWindow::connectWindow() {
     for (const char* property : {"notify::default-width", "notify::default-height", "notify::maximized"}) {
         notify(property, [this] { manager_.scheduleSave(); });
     }
+    connections_.push_back(
+        connect<void(GtkWidget*)>(GTK_WIDGET(window), "realize", [this](GtkWidget*) { realized(); }));
     connections_.push_back(connect<gboolean(GtkWindow*)>(window, "close-request", [this](GtkWindow*) {
         manager_.windowCloses(*this);
         return gboolean{TRUE};
@@ -120,7 +136,8 @@ void MainWindow::present() {
 void MainWindow::selectionChanged() {
     auto* const controller = selected();
     if (!controller) return;
-    controller->shown();
+    find_->hide();
+    if (!manager_.isRestoring()) controller->shown();
     pageChanged(*controller);
     updateChrome();
     gtk_widget_grab_focus(controller->widget());
@@ -150,6 +167,7 @@ void MainWindow::updateChrome() {
         buttons_->restore();
     }
     for (auto* const tab : tabs()) tab->sendTitlebar();
+    actions_->update();
 }
 
 NativeBridge::Titlebar MainWindow::titlebarFor(const MainWindowController& controller) const {
@@ -166,6 +184,7 @@ void MainWindow::pageChanged(const MainWindowController& controller) {
         adw_tab_page_set_tooltip(page, tooltip.get());
     }
     if (&controller != selected()) return;
+    actions_->update();
     gtk_window_set_title(get(), title.c_str());
     adw_window_title_set_title(title_, title.c_str());
 }
@@ -190,12 +209,104 @@ void MainWindow::setElementFullScreen(bool on) {
     updateChrome();
 }
 
+/// The window manager reports moves and minimising through the surface only.
+void MainWindow::realized() {
+    GdkSurface* const surface = gtk_native_get_surface(GTK_NATIVE(get()));
+    connections_.push_back(connect<void(GdkSurface*, GParamSpec*)>(
+        surface, "notify::state", [this](GdkSurface*, GParamSpec*) { manager_.scheduleSave(); }));
+    GdkDisplay* const display = gdk_surface_get_display(surface);
+    if (!GDK_IS_X11_DISPLAY(display)) return;
+    const Window id = gdk_x11_surface_get_xid(surface);
+    connections_.push_back(
+        connect<gboolean(GdkDisplay*, gpointer)>(display, "xevent", [this, id](GdkDisplay*, gpointer event) {
+            const auto* const x = static_cast<const XEvent*>(event);
+            if (x->type == ConfigureNotify && x->xconfigure.window == id) manager_.scheduleSave();
+            return gboolean{FALSE};
+        }));
+}
+
+void MainWindow::setFrame(const WindowFrame& frame) {
+    const WindowFrame fitted = frame.onMonitors(monitorAreas(gtk_widget_get_display(GTK_WIDGET(get()))));
+    gtk_window_set_default_size(get(), static_cast<int>(fitted.width), static_cast<int>(fitted.height));
+    position_ = WindowPosition{fitted.x, fitted.y};
+    moveWindow(get(), *position_);
+}
+
+std::string MainWindow::frameText() const {
+    if (const auto position = windowPosition(get())) position_ = position;
+    int width = 0;
+    int height = 0;
+    gtk_window_get_default_size(get(), &width, &height);
+    const WindowPosition corner = position_.value_or(WindowPosition{0, 0});
+    return WindowFrame{corner.x, corner.y, static_cast<double>(width), static_cast<double>(height)}.text();
+}
+
+WindowState::Group MainWindow::state() const {
+    WindowState::Group group{
+        .frame = frameText(), .miniaturized = isMinimized(get()), .maximized = gtk_window_is_maximized(get()) != FALSE};
+    const auto* const front = selected();
+    for (const auto* const tab : tabs()) {
+        const auto url = tab->currentURL();
+        if (!url) continue;
+        if (tab == front) group.selected = static_cast<std::int64_t>(group.tabs.size());
+        group.tabs.push_back(url->text());
+    }
+    return group;
+}
+
 void MainWindow::titlebarDoubleClick() {
+    const Preferences& preferences = manager_.preferences();
+    CharPtr desktopSetting;
+    g_object_get(gtk_widget_get_settings(GTK_WIDGET(get())), "gtk-titlebar-double-click", desktopSetting.out(),
+                 nullptr);
+    switch (parvela::titlebarDoubleClick(preferences.titlebarDoubleClickAction(),
+                                         preferences.titlebarDoubleClickMinimizes(),
+                                         desktopSetting ? desktopSetting.get() : "")) {
+        case TitlebarAction::zoom:
+            toggleMaximized();
+            break;
+        case TitlebarAction::fill:
+            toggleFill();
+            break;
+        case TitlebarAction::minimize:
+            gtk_window_minimize(get());
+            break;
+        case TitlebarAction::none:
+            break;
+    }
+}
+
+void MainWindow::toggleMaximized() {
     if (gtk_window_is_maximized(get())) {
         gtk_window_unmaximize(get());
     } else {
         gtk_window_maximize(get());
     }
+}
+
+/// Covers the screen without being maximised, and back.
+void MainWindow::toggleFill() {
+    const auto area = monitorAreaOf(get());
+    if (!area) return;
+    if (!windowPosition(get())) {
+        // The desktop places windows itself.
+        toggleMaximized();
+        return;
+    }
+    const auto now = WindowFrame::parse(frameText());
+    const bool filled = now && std::abs(now->width - area->width) < 16 && std::abs(now->height - area->height) < 16;
+    const WindowFrame target = filled && frameBeforeFill_ ? *frameBeforeFill_ : *area;
+    frameBeforeFill_ = filled ? std::nullopt : now;
+    gtk_window_set_default_size(get(), static_cast<int>(target.width), static_cast<int>(target.height));
+    moveWindow(get(), {target.x, target.y});
+}
+
+void MainWindow::showMenu() {
+    gtk_menu_button_popup(buttons_->applied() ? clusterMenuButton_ : menuButton_);
+}
+
+void MainWindow::showFindBar() {
+    find_->show();
 }
 
 void MainWindow::showToast(const std::string& text) {

@@ -1,11 +1,16 @@
 #pragma once
 
+#include "Support/WindowPlacement.h"
+#include "Windows/FindBar.h"
+#include "Windows/WindowActions.h"
 #include "Windows/WindowButtons.h"
 
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/NativeBridge.h>
+#include <ParvelaKit/WindowState.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,7 +26,8 @@ class WindowManager;
 /// above.
 class MainWindow {
 public:
-    MainWindow(WindowManager& manager, GtkApplication* application);
+    /// `menu` is what the menu button shows.
+    MainWindow(WindowManager& manager, GtkApplication* application, GMenuModel* menu);
     MainWindow(const MainWindow&) = delete;
     MainWindow& operator=(const MainWindow&) = delete;
     ~MainWindow();
@@ -51,8 +57,19 @@ public:
     void pageChanged(const MainWindowController& controller);
     NativeBridge::Titlebar titlebarFor(const MainWindowController& controller) const;
 
+    /// What is remembered of this window; its place is not known on Wayland.
+    WindowState::Group state() const;
+    /// To be called before the window is shown: its size, and its place where the desktop allows that.
+    void setFrame(const WindowFrame& frame);
+    std::string frameText() const;
+
     void titlebarDoubleClick();
+    void toggleMaximized();
     void toggleFullScreen();
+    void showMenu();
+    void showFindBar();
+    /// Enables and checks the menu commands anew.
+    void updateActions() { actions_->update(); }
     /// A video or the like takes the whole screen: nothing of the window stays in sight.
     void setElementFullScreen(bool on);
 
@@ -64,6 +81,8 @@ private:
     void fullScreenChanged();
     void selectionChanged();
     void pageDetached();
+    void toggleFill();
+    void realized();
     MainWindowController* controllerOf(AdwTabPage* page) const;
     AdwTabPage* pageOf(const MainWindowController& controller) const;
 
@@ -74,7 +93,14 @@ private:
     GtkWidget* header_ = nullptr;
     GtkWidget* tabBar_ = nullptr;
     AdwWindowTitle* title_ = nullptr;
+    GtkMenuButton* menuButton_ = nullptr;
+    GtkMenuButton* clusterMenuButton_ = nullptr;
     std::unique_ptr<WindowButtons> buttons_;
+    std::unique_ptr<WindowActions> actions_;
+    std::unique_ptr<FindBar> find_;
+    /// Where the window stood when it was last neither maximised nor hidden.
+    mutable std::optional<WindowPosition> position_;
+    std::optional<WindowFrame> frameBeforeFill_;
     std::vector<Connection> connections_;
     bool fullScreen_ = false;
     bool elementFullScreen_ = false;

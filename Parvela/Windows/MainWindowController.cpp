@@ -25,8 +25,9 @@ MainWindowController::MainWindowController(WindowManager& manager, std::shared_p
     browser_.onCommit = [this] { committed(); };
     browser_.onFinish = [this] { finished(); };
     browser_.openNewTab = [this](WebKitWebView* opener) { return manager_.openTabFor(*this, opener); };
+    browser_.onSignInHandOff = [this] { manager_.waitForSignIn(*this); };
     browser_.onCloseRequest = [this] { manager_.closeSoon(*this); };
-    webkit_web_view_set_zoom_level(webView_.get(), model_->session.prefs().pageZoom());
+    webkit_web_view_set_zoom_level(webView_.get(), manager.preferences().pageZoom());
 
     const auto changed = [this](WebKitWebView*, GParamSpec*) {
         if (window_) window_->pageChanged(*this);
@@ -65,6 +66,14 @@ void MainWindowController::loadWhenShown(Url url) {
 
 void MainWindowController::shown() {
     if (const auto url = std::exchange(pending_, std::nullopt)) load(*url);
+}
+
+void MainWindowController::reload(Cache cache) {
+    if (cache == Cache::bypass) {
+        webkit_web_view_reload_bypass_cache(webView_.get());
+    } else {
+        webkit_web_view_reload(webView_.get());
+    }
 }
 
 std::optional<Url> MainWindowController::currentURL() const {

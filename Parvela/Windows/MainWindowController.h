@@ -47,6 +47,8 @@ public:
     void loadWhenShown(Url url);
     /// To be called whenever the tab is shown.
     void shown();
+    enum class Cache { use, bypass };
+    void reload(Cache cache);
     /// The page in the view, or the one that it will load; none for a view that stays empty.
     std::optional<Url> currentURL() const;
 

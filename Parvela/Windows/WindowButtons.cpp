@@ -1,15 +1,12 @@
 #include "Windows/WindowButtons.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace parvela {
 
 namespace {
 
-/// The web app's header at zoom 1: its height, and the room it leaves before the first button.
-constexpr double bandHeight = 76;
-constexpr double bandInset = 26;
+constexpr int controlCount = 3;
 
 int naturalSize(GtkWidget* widget, GtkOrientation orientation) {
     int natural = 0;
@@ -19,9 +16,11 @@ int naturalSize(GtkWidget* widget, GtkOrientation orientation) {
 
 }  // namespace
 
-WindowButtons::WindowButtons(GtkWidget* cluster) : cluster_(cluster) {
+WindowButtons::WindowButtons(GtkWidget* cluster, GtkWidget* controls, GtkWidget* menu)
+    : cluster_(cluster), controls_(controls), menu_(menu) {
     // The page is told a distance from its left edge, in every language.
     gtk_widget_set_direction(cluster_, GTK_TEXT_DIR_LTR);
+    gtk_widget_set_direction(controls_, GTK_TEXT_DIR_LTR);
 }
 
 void WindowButtons::apply(double scale) {
@@ -36,24 +35,27 @@ void WindowButtons::restore() {
     gtk_widget_set_visible(cluster_, FALSE);
 }
 
-void WindowButtons::setScale(double scale) {
-    scale_ = scale;
-    if (applied_) place();
+TitlebarLayout WindowButtons::layout() const {
+    GtkWidget* const first = gtk_widget_get_first_child(controls_);
+    const double controls = naturalSize(controls_, GTK_ORIENTATION_HORIZONTAL);
+    const double width = first ? naturalSize(first, GTK_ORIENTATION_HORIZONTAL) : controls / controlCount;
+    const TitlebarLayout::Buttons buttons{
+        .width = width,
+        .height = static_cast<double>(naturalSize(controls_, GTK_ORIENTATION_VERTICAL)),
+        .gap = std::max(0.0, (controls - width * controlCount) / (controlCount - 1)),
+        .count = controlCount + 1,  // the menu follows in the same rhythm
+    };
+    return TitlebarLayout::make(buttons, scale_, gtk_widget_get_width(gtk_widget_get_parent(cluster_)));
 }
 
 void WindowButtons::place() {
-    gtk_widget_set_margin_start(cluster_, 0);
-    gtk_widget_set_margin_top(cluster_, 0);
-    const int height = naturalSize(cluster_, GTK_ORIENTATION_VERTICAL);
-    const double band = std::max(std::round(bandHeight * scale_), static_cast<double>(height + 4));
-    gtk_widget_set_margin_start(cluster_, static_cast<int>(std::round(bandInset * scale_)));
-    gtk_widget_set_margin_top(cluster_, static_cast<int>(std::round((band - height) / 2)));
+    const TitlebarLayout place = layout();
+    gtk_widget_set_margin_start(cluster_, static_cast<int>(place.buttonX.front()));
+    gtk_widget_set_margin_top(cluster_, static_cast<int>(place.buttonY));
 }
 
 std::optional<double> WindowButtons::right() const {
-    if (!applied_) return std::nullopt;
-    // The natural width counts the margin.
-    return naturalSize(cluster_, GTK_ORIENTATION_HORIZONTAL) / std::max(scale_, 0.1);
+    return applied_ ? std::optional(layout().buttonsRight) : std::nullopt;
 }
 
 }  // namespace parvela

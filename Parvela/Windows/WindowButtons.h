@@ -1,5 +1,7 @@
 #pragma once
 
+#include <ParvelaKit/TitlebarLayout.h>
+
 #include <optional>
 
 #include <gtk/gtk.h>
@@ -10,8 +12,9 @@ namespace parvela {
 /// them.
 class WindowButtons {
 public:
-    /// `cluster` holds the buttons and floats over the page; its window owns it.
-    explicit WindowButtons(GtkWidget* cluster);
+    /// `cluster` holds `controls`, the three buttons of the toolkit, and `menu`; it floats over the page. The window
+    /// owns all.
+    WindowButtons(GtkWidget* cluster, GtkWidget* controls, GtkWidget* menu);
 
     /// Shows the buttons where a page at this zoom leaves room for them.
     void apply(double scale);
@@ -19,16 +22,16 @@ public:
     void restore();
     bool applied() const noexcept { return applied_; }
 
-    double scale() const noexcept { return scale_; }
-    void setScale(double scale);
-
     /// Where the buttons end, in CSS pixels from the page's left edge; none while they are hidden.
     std::optional<double> right() const;
 
 private:
+    TitlebarLayout layout() const;
     void place();
 
     GtkWidget* cluster_;
+    GtkWidget* controls_;
+    GtkWidget* menu_;
     double scale_ = 1;
     bool applied_ = false;
 };

@@ -10,8 +10,15 @@
 
 namespace parvela {
 
+namespace {
+
+constexpr std::chrono::milliseconds saveDelay{500};
+
+}  // namespace
+
 WindowManager::WindowManager(GtkApplication* application, std::shared_ptr<AppModel> model, DesktopServices& desktop,
-                             std::shared_ptr<const Clock> clock, const XdgPaths& paths)
+                             std::shared_ptr<NotificationCentre> notifications, std::shared_ptr<const Clock> clock,
+                             const XdgPaths& paths)
     : application_(application),
       model_(std::move(model)),
       desktop_(desktop),
@@ -21,6 +28,11 @@ WindowManager::WindowManager(GtkApplication* application, std::shared_ptr<AppMod
     web_.setContentFilter(contentFilterRules(model_->server.get()));
     serverChanged_ = model_->server.observe(
         [this](const ServerConfig& server) { web_.setContentFilter(contentFilterRules(server)); });
+    stopTimer_ = notifications->stopTimer.observe([this] {
+        const auto& timer = model_->timer.get();
+        auto* const tab = frontController();
+        if (timer && tab) tab->webView().dispatch(NativeBridge::StopTimer{timer->taskKey});
+    });
 }
 
 WindowManager::~WindowManager() {
@@ -50,11 +62,97 @@ MainWindowController& WindowManager::makeController(WebKitWebView* related) {
     return *controllers_.emplace_back(std::make_shared<MainWindowController>(*this, model_, related));
 }
 
+MainWindow& WindowManager::makeWindow(const std::optional<WindowFrame>& frame) {
+    MainWindow& window = *windows_.emplace_back(std::make_unique<MainWindow>(*this, application_, menu_));
+    if (frame) window.setFrame(*frame);
+    return window;
+}
+
 MainWindow& WindowManager::openWindow(std::optional<Url> url) {
-    MainWindow& window = *windows_.emplace_back(std::make_unique<MainWindow>(*this, application_));
+    auto frame = newWindowFrame(preferences());
+    // Windows that cover each other exactly look like one.
+    if (frame && !windows_.empty()) frame = WindowFrame{frame->x + 32, frame->y + 32, frame->width, frame->height};
+    MainWindow& window = makeWindow(frame);
     openTab(&window, std::move(url));
     window.present();
     return window;
+}
+
+/// Where the user left off, as far as a window may show it.
+Url WindowManager::startURL() const {
+    const ServerConfig& server = model_->server.get();
+    const auto stored = preferences().lastURL();
+    const auto last = stored ? Url::parse(*stored) : std::nullopt;
+    return last && server.isAppOrigin(*last) ? *last : server.appURL;
+}
+
+void WindowManager::restore(Show show) {
+    const auto stored = preferences().windowState();
+    const auto state = stored ? WindowState::fromJson(stored->bytes) : std::nullopt;
+    if (state) pendingGroups_ = state->restorable(model_->server.get()).groups;
+    if (show == Show::now) showMainWindow();
+}
+
+void WindowManager::openPending() {
+    restoring_ = true;
+    for (const WindowState::Group& group : std::exchange(pendingGroups_, {})) openGroup(group);
+    restoring_ = false;
+}
+
+void WindowManager::openGroup(const WindowState::Group& group) {
+    MainWindow& window = makeWindow(WindowFrame::parse(group.frame));
+    std::vector<Url> urls;
+    for (const std::string& text : group.tabs) urls.push_back(Url::parse(text).value_or(model_->server.get().appURL));
+    if (urls.empty()) urls.push_back(model_->server.get().appURL);
+    MainWindowController* selected = nullptr;
+    for (std::size_t index = 0; index < urls.size(); ++index) {
+        MainWindowController& tab = makeController(nullptr);
+        tab.loadWhenShown(urls[index]);
+        window.append(tab, MainWindow::Selection::keep);
+        if (!selected || static_cast<std::int64_t>(index) == group.selected) selected = &tab;
+    }
+    window.select(*selected);
+    selected->shown();
+    if (group.maximized) gtk_window_maximize(window.get());
+    window.present();
+    if (group.miniaturized) gtk_window_minimize(window.get());
+}
+
+void WindowManager::saveNow() {
+    save_.reset();
+    if (restoring_) return;
+    WindowState state;
+    for (const auto& window : windows_) state.groups.push_back(window->state());
+    state.groups.insert(state.groups.end(), pendingGroups_.begin(), pendingGroups_.end());
+    preferences().setWindowState(Data{state.json()});
+}
+
+void WindowManager::scheduleSave() {
+    if (restoring_ || save_.isActive()) return;
+    save_ = MainLoopTimer(saveDelay, [this] { saveNow(); });
+}
+
+void WindowManager::newTask(MainWindowController& tab) {
+    if (!tab.supportsShell()) {
+        if (onQuickAdd) onQuickAdd();
+        return;
+    }
+    tab.webView().dispatchOrElse(NativeBridge::NewTask{}, [quickAdd = onQuickAdd] {
+        if (quickAdd) quickAdd();
+    });
+}
+
+void WindowManager::setZoom(MainWindowController& tab, double zoom) {
+    tab.setZoom(zoom);
+    preferences().setPageZoom(zoom);
+}
+
+void WindowManager::waitForSignIn(MainWindowController& tab) {
+    waitsForSignIn_ = tab.weak_from_this();
+}
+
+std::shared_ptr<MainWindowController> WindowManager::takeSignInTab() {
+    return std::exchange(waitsForSignIn_, {}).lock();
 }
 
 MainWindowController& WindowManager::openTab(MainWindow* window, std::optional<Url> url) {
@@ -73,10 +171,19 @@ WebKitWebView* WindowManager::openTabFor(MainWindowController& controller, WebKi
 }
 
 MainWindow& WindowManager::showMainWindow() {
+    if (windows_.empty() && !pendingGroups_.empty()) openPending();
     MainWindow* const window = frontWindow();
-    if (!window) return openWindow();
+    if (!window) return openWindow(startURL());
     window->present();
     return *window;
+}
+
+void WindowManager::presentAll() {
+    MainWindow* const front = frontWindow();
+    for (const auto& window : windows_) {
+        if (window.get() != front) window->present();
+    }
+    if (front) front->present();
 }
 
 MainWindow* WindowManager::frontWindow() const {
@@ -98,9 +205,6 @@ void WindowManager::boardsChanged(const MainWindowController& controller) {
     if (&controller == frontController() && onBoardsChanged) onBoardsChanged();
 }
 
-void WindowManager::scheduleSave() {
-}
-
 void WindowManager::becameActive(MainWindow& window) {
     lastActive_ = &window;
     if (onBoardsChanged) onBoardsChanged();
@@ -109,7 +213,8 @@ void WindowManager::becameActive(MainWindow& window) {
 void WindowManager::windowWillClose(MainWindow& window) {
     const auto* const controller = window.selected();
     const auto url = controller ? controller->currentURL() : std::nullopt;
-    if (url) model_->session.prefs().setLastURL(url->text());
+    if (url) preferences().setLastURL(url->text());
+    preferences().setLastWindowFrame(window.frameText());
 }
 
 void WindowManager::windowCloses(MainWindow& window) {
@@ -130,7 +235,7 @@ void WindowManager::tabClosed(MainWindowController& controller) {
 }
 
 MainWindow& WindowManager::windowForTornTab() {
-    MainWindow& window = *windows_.emplace_back(std::make_unique<MainWindow>(*this, application_));
+    MainWindow& window = makeWindow(std::nullopt);
     window.present();
     return window;
 }

@@ -6,6 +6,7 @@
 
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/Url.h>
+#include <ParvelaKit/WindowState.h>
 #include <Platform/MainLoop.h>
 #include <Platform/XdgPaths.h>
 
@@ -27,7 +28,8 @@ class MainWindowController;
 class WindowManager {
 public:
     WindowManager(GtkApplication* application, std::shared_ptr<AppModel> model, DesktopServices& desktop,
-                  std::shared_ptr<const Clock> clock, const XdgPaths& paths);
+                  std::shared_ptr<NotificationCentre> notifications, std::shared_ptr<const Clock> clock,
+                  const XdgPaths& paths);
     WindowManager(const WindowManager&) = delete;
     WindowManager& operator=(const WindowManager&) = delete;
     ~WindowManager();
@@ -35,8 +37,11 @@ public:
     WebEnvironment& web() noexcept { return web_; }
     WebBridge& bridge() noexcept { return bridge_; }
     DesktopServices& desktop() noexcept { return desktop_; }
+    const Preferences& preferences() const { return model_->session.prefs(); }
     const std::shared_ptr<const Clock>& clock() const noexcept { return clock_; }
 
+    /// What the menu buttons of windows show. To be set before the first window opens; outlives the manager.
+    void setMenu(GMenuModel* menu) noexcept { menu_ = menu; }
     /// What pages learn about this device. Pages wait for it.
     void setDevice(std::string id, std::string name);
     /// Makes the native info script anew, for pages loaded from now on.
@@ -49,8 +54,16 @@ public:
     /// A tab beside `controller` for a page that asked for a window; the engine loads it. None when that is not
     /// possible.
     WebKitWebView* openTabFor(MainWindowController& controller, WebKitWebView* opener);
-    /// Brings the window that was active last to the front, or opens one.
+    /// Brings the window that was active last to the front; reopens the saved ones or opens one when there is none.
     MainWindow& showMainWindow();
+
+    /// Raises all windows, the one that was active last on top.
+    void presentAll();
+
+    enum class Show { now, later };
+    /// Reads the windows of the last launch and reopens them, or opens a fresh one: now, or when one is asked for.
+    void restore(Show show);
+    bool isRestoring() const noexcept { return restoring_; }
 
     /// The tab in front of the window that was active last; none without a window.
     MainWindowController* frontController() const;
@@ -62,12 +75,26 @@ public:
     void pagesSupportShell() noexcept { doPagesSupportShell_ = true; }
     bool doPagesSupportShell() const noexcept { return doPagesSupportShell_; }
 
+    /// Asks the page for its form for a new task; quick add opens when the page does not take it.
+    void newTask(MainWindowController& tab);
+    /// The native fallback of newTask().
+    std::function<void()> onQuickAdd;
+    /// Applies a zoom and remembers it for new windows.
+    void setZoom(MainWindowController& tab, double zoom);
+
+    /// This tab waits for a sign-in that goes on in the browser; it takes the place of any other.
+    void waitForSignIn(MainWindowController& tab);
+    /// The tab that waits, which then waits no more; none when it has gone.
+    std::shared_ptr<MainWindowController> takeSignInTab();
+
     void boardsChanged(const MainWindowController& controller);
     std::function<void()> onBoardsChanged;
     /// Called after the last window has gone.
     std::function<void()> onLastWindowClosed;
 
+    /// Saves the windows and tabs soon; many calls in a row save once.
     void scheduleSave();
+    void saveNow();
 
     // From the windows.
     void becameActive(MainWindow& window);
@@ -81,6 +108,10 @@ public:
 
 private:
     MainWindowController& makeController(WebKitWebView* related);
+    MainWindow& makeWindow(const std::optional<WindowFrame>& frame);
+    void openGroup(const WindowState::Group& group);
+    void openPending();
+    Url startURL() const;
     void forget(MainWindow& window);
     void forget(MainWindowController& controller);
 
@@ -96,6 +127,12 @@ private:
     std::vector<std::unique_ptr<MainWindow>> windows_;
     MainWindow* lastActive_ = nullptr;
     bool doPagesSupportShell_ = false;
+    bool restoring_ = false;
+    std::vector<WindowState::Group> pendingGroups_;
+    std::weak_ptr<MainWindowController> waitsForSignIn_;
+    GMenuModel* menu_ = nullptr;
+    MainLoopTimer save_;
+    Subscription stopTimer_;
     Subscription serverChanged_;
     // Windows and tabs end inside callbacks of theirs; they go once those have returned.
     std::vector<std::unique_ptr<MainWindow>> closedWindows_;

@@ -1,0 +1,140 @@
+#include "URLRouter.h"
+
+#include "Support/FileBrowser.h"
+#include "Windows/MainWindow.h"
+#include "Windows/MainWindowController.h"
+#include "Windows/WindowManager.h"
+
+#include <ParvelaKit/OAuthHandoff.h>
+#include <ParvelaKit/QuickAddService.h>
+
+#include <utility>
+#include <variant>
+
+#include <fmt/format.h>
+
+namespace parvela {
+
+namespace {
+
+template <class... Handlers>
+struct Overloaded : Handlers... {
+    using Handlers::operator()...;
+};
+
+}  // namespace
+
+void URLRouter::open(const Url& url) {
+    // Only the two lower-case words name web pages here.
+    if (url.scheme() == "http" || url.scheme() == "https") {
+        loadInFront(url);
+        return;
+    }
+    if (completeSignIn(url)) return;
+    const auto link = DeepLink::parse(url);
+    if (!link) return;
+    std::visit(Overloaded{
+                   [&](const DeepLink::AddTask& add) { addShared(shared_from_this(), add.content).detach(); },
+                   [&](const DeepLink::OpenTask& task) { openTask(shared_from_this(), task.key).detach(); },
+                   [&](const DeepLink::OpenPath& page) {
+                       windows_.showMainWindow();
+                       if (auto* const tab = windows_.frontController()) tab->openPath(page.path);
+                   },
+                   [&](const DeepLink::QuickAdd&) { surfaces_.showQuickAdd(); },
+               },
+               link->action);
+}
+
+void URLRouter::open(const DeepLinkTarget& target) {
+    std::visit(Overloaded{
+                   [&](const DeepLinkTarget::Link& link) { open(link.url); },
+                   [&](const DeepLinkTarget::File& file) { revealInFileBrowser(file.url.text()); },
+               },
+               target.target);
+}
+
+void URLRouter::loadInFront(const Url& url) {
+    windows_.showMainWindow();
+    if (auto* const tab = windows_.frontController()) tab->load(url);
+}
+
+/// The browser comes back from a sign-in: the tab that waits takes it, or the front one.
+bool URLRouter::completeSignIn(const Url& url) {
+    if (!OAuthHandoff::isCallback(url)) return false;
+    const auto completion = OAuthHandoff::completionURL(model_->server.get().appURL, url);
+    const auto waiting = windows_.takeSignInTab();
+    if (waiting && waiting->window()) {
+        waiting->window()->select(*waiting);
+        waiting->window()->present();
+        if (completion) waiting->load(*completion);
+    } else if (completion) {
+        loadInFront(*completion);
+    } else {
+        windows_.showMainWindow();
+    }
+    return true;
+}
+
+Url URLRouter::pageOf(const TaskSummary& task) const {
+    const ServerConfig& server = model_->server.get();
+    const auto resolved = task.url ? server.appURL.resolving(*task.url) : std::nullopt;
+    return resolved ? *resolved : server.appPage("/t/" + task.key);
+}
+
+Task<void> URLRouter::openTask(std::shared_ptr<URLRouter> self, std::string key) {
+    const std::string title = "Couldn't open " + key;
+    auto connecting = self->model_->session.client();
+    const auto api = co_await connecting;
+    if (!api) {
+        self->windows_.showMainWindow();
+        self->surfaces_.showAlert(title, APIError::missingToken().message());
+        co_return;
+    }
+    auto asking = api->send<TaskSummary>(Endpoint::task(key));
+    const auto task = co_await asking;
+    if (task) {
+        self->loadInFront(self->pageOf(*task));
+    } else if (const auto& error = task.error().error()) {
+        self->windows_.showMainWindow();
+        self->surfaces_.showAlert(title, error->message());
+    }
+}
+
+Task<void> URLRouter::addShared(std::shared_ptr<URLRouter> self, SharedContent content) {
+    const std::string title = "Couldn't add the shared task";
+    auto connecting = self->model_->session.client();
+    const auto api = co_await connecting;
+    if (!api) {
+        self->surfaces_.showSettings();
+        co_return;
+    }
+    if (!self->model_->defaultBoardID.get()) {
+        auto refreshing = self->model_->refreshBoards();
+        co_await refreshing;
+    }
+    const auto board = self->model_->defaultBoardID.get();
+    if (!board) {
+        const auto error = self->model_->boardsError.get();
+        self->surfaces_.showAlert(title, error.value_or("Pick a default board in Settings first."));
+        co_return;
+    }
+    QuickAddSubmission submission{.line = std::move(content.title),
+                                  .board = *board,
+                                  .today = self->model_->session.clock().today(),
+                                  .description = std::move(content.description)};
+    auto adding = QuickAddService::create(std::move(submission), *api);
+    const auto added = co_await adding;
+    if (added) {
+        self->surfaces_.notify(
+            UserNotification{.title = fmt::format("Added {} — {}", added->task.key, added->task.title),
+                             .identifier = "added-" + added->task.id,
+                             .target = DeepLinkTarget{DeepLinkTarget::Link{self->pageOf(added->task)}}});
+    } else if (const auto& failure = added.error().apiFailure();
+               failure && failure->error() && failure->error()->kind() == APIError::Case::missingToken) {
+        self->surfaces_.showSettings();
+    } else if (!added.error().message().empty()) {
+        self->surfaces_.showAlert(title, added.error().message());
+    }
+}
+
+}  // namespace parvela
