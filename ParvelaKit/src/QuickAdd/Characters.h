@@ -18,6 +18,32 @@ inline bool isWhiteSpace(char16_t unit) {
     return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
 }
 
+/// What is stripped from the front of a word.
+inline bool isLeadingPunctuation(char16_t unit) {
+    return unit == u'(' || unit == u'[';
+}
+
+/// What is stripped from the end of a word.
+inline bool isTrailingPunctuation(char16_t unit) {
+    switch (unit) {
+        case u',':
+        case u'.':
+        case u';':
+        case u':':
+        case u'!':
+        case u'?':
+        case u')':
+        case u']':
+        case u'"':
+        case u'\'':
+        case u'\u201d':
+        case u'\u2019':
+            return true;
+        default:
+            return false;
+    }
+}
+
 inline bool isAsciiDigit(char32_t character) {
     return character >= U'0' && character <= U'9';
 }

@@ -10,30 +10,6 @@ namespace parvela::QuickAdd {
 
 namespace {
 
-bool isLeadingPunctuation(char16_t unit) {
-    return unit == u'(' || unit == u'[';
-}
-
-bool isTrailingPunctuation(char16_t unit) {
-    switch (unit) {
-        case u',':
-        case u'.':
-        case u';':
-        case u':':
-        case u'!':
-        case u'?':
-        case u')':
-        case u']':
-        case u'"':
-        case u'\'':
-        case u'\u201d':
-        case u'\u2019':
-            return true;
-        default:
-            return false;
-    }
-}
-
 constexpr char16_t capitalDottedI = u'\u0130';  // the one character whose lower-case form is longer
 
 }  // namespace

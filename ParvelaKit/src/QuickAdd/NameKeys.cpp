@@ -2,6 +2,8 @@
 
 #include "QuickAdd/Characters.h"
 
+#include <algorithm>
+
 namespace parvela::QuickAdd {
 
 namespace {
@@ -18,6 +20,14 @@ std::u16string_view firstWord(std::u16string_view trimmedText) {
     std::size_t length = 0;
     while (length < trimmedText.size() && !isWhiteSpace(trimmedText[length])) ++length;
     return trimmedText.substr(0, length);
+}
+
+bool isBeginningOfWord(std::u16string_view query, std::u16string_view text) {
+    for (std::size_t place = text.find(query); place != std::u16string_view::npos;
+         place = text.find(query, place + 1)) {
+        if (place == 0 || isWhiteSpace(text[place - 1])) return true;
+    }
+    return false;
 }
 
 bool joinsWords(char16_t unit) {
@@ -54,6 +64,30 @@ std::u16string looseLabelKey(std::u16string_view key) {
     }
     if (!loose.empty() && loose.back() == u' ') loose.pop_back();
     return loose;
+}
+
+bool isBeginning(std::u16string_view query, const QuickAddMember& member) {
+    const auto keys = memberKeys(member);
+    const auto begins = [query](std::u16string_view key) { return key.starts_with(query); };
+    return std::ranges::any_of(keys, begins) || isBeginningOfWord(query, folded(utf16(member.name)));
+}
+
+bool isBeginning(std::u16string_view query, const QuickAddLabel& label) {
+    return isBeginningOfWord(query, looseLabelKey(labelKey(utf16(label.name))));
+}
+
+std::vector<std::string> memberSpellings(const QuickAddMember& member) {
+    const auto name = utf16(member.name);
+    std::vector<std::string> spellings{"@" + utf8(firstWord(trimmed(name))), "@" + utf8(withoutWhiteSpace(name))};
+    if (member.email) spellings.push_back("@" + member.email->substr(0, member.email->find('@')));
+    return spellings;
+}
+
+std::vector<std::string> labelSpellings(const QuickAddLabel& label) {
+    const auto name = utf8(trimmed(utf16(label.name)));
+    std::string joined = name;
+    std::ranges::replace(joined, ' ', '_');
+    return {"#" + name, "#\"" + name + "\"", "#" + joined};
 }
 
 }  // namespace parvela::QuickAdd
