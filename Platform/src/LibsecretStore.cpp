@@ -1,3 +1,5 @@
+#include "AsyncCall.h"
+
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/Text.h>
 #include <Platform/LibsecretStore.h>
@@ -70,20 +72,6 @@ SecretStatus statusOf(const GError& error) {
     return SecretStatus::failed;
 }
 
-/// Starts an asynchronous GIO call; the result arrives in the Deferred.
-template <class Start>
-Deferred<Ref<GAsyncResult>> call(Start start) {
-    using Waiting = Deferred<Ref<GAsyncResult>>;
-    const Waiting waiting;
-    start(
-        [](GObject*, GAsyncResult* result, gpointer data) {
-            const std::unique_ptr<Waiting> held(static_cast<Waiting*>(data));
-            held->resolve(Ref<GAsyncResult>::ref(result));
-        },
-        new Waiting(waiting));
-    return waiting;
-}
-
 /// What an operation and the one who waits for it share.
 struct Attempt {
     bool abandoned = false;
@@ -93,7 +81,7 @@ struct Attempt {
 using AttemptPtr = std::shared_ptr<Attempt>;
 
 Task<Result<Service, SecretStatus>> openService() {
-    const auto waiting = call([](GAsyncReadyCallback done, gpointer data) {
+    const auto waiting = startAsync([](GAsyncReadyCallback done, gpointer data) {
         secret_service_get(SECRET_SERVICE_OPEN_SESSION, nullptr, done, data);
     });
     const auto result = co_await waiting;
@@ -105,7 +93,7 @@ Task<Result<Service, SecretStatus>> openService() {
 
 /// The keyring that new items go to; empty when there is none yet.
 Task<Result<Collection, SecretStatus>> defaultCollection(Service service) {
-    const auto waiting = call([&service](GAsyncReadyCallback done, gpointer data) {
+    const auto waiting = startAsync([&service](GAsyncReadyCallback done, gpointer data) {
         secret_collection_for_alias(service.get(), SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, done,
                                     data);
     });
@@ -122,7 +110,7 @@ enum class Secrets { skip, load };
 Task<Result<KeyringItems, SecretStatus>> search(Service service, SecretItem item, Secrets secrets) {
     const auto flags =
         static_cast<SecretSearchFlags>(SECRET_SEARCH_ALL | (secrets == Secrets::load ? SECRET_SEARCH_LOAD_SECRETS : 0));
-    const auto waiting = call([&](GAsyncReadyCallback done, gpointer data) {
+    const auto waiting = startAsync([&](GAsyncReadyCallback done, gpointer data) {
         secret_service_search(service.get(), &schema(), attributesOf(item).get(), flags, nullptr, done, data);
     });
     const auto result = co_await waiting;
@@ -155,7 +143,7 @@ Task<SecretStatus> unlock(Service service, std::vector<Ref<GDBusProxy>> objects,
     GList* list = nullptr;
     for (const auto& object : objects) list = g_list_prepend(list, object.get());
     attempt->asking = true;
-    const auto waiting = call([&](GAsyncReadyCallback done, gpointer data) {
+    const auto waiting = startAsync([&](GAsyncReadyCallback done, gpointer data) {
         secret_service_unlock(service.get(), list, nullptr, done, data);
     });
     g_list_free(list);
@@ -231,7 +219,7 @@ Task<SecretStatus> updateItem(SecretItem item, std::string secret, AttemptPtr at
     if (!found) co_return found.error();
     // Two programs may have added the same item at once: keep all of them alike.
     for (const auto& keyringItem : *found) {
-        const auto waiting = call([&](GAsyncReadyCallback done, gpointer data) {
+        const auto waiting = startAsync([&](GAsyncReadyCallback done, gpointer data) {
             secret_item_set_secret(keyringItem.get(), valueOf(secret).get(), nullptr, done, data);
         });
         const auto result = co_await waiting;
@@ -249,7 +237,7 @@ Task<Result<Collection, SecretStatus>> openCollection(Service service, AttemptPt
     if (!collection) co_return Failure(collection.error());
     if (!*collection) {
         attempt->asking = true;
-        const auto waiting = call([&](GAsyncReadyCallback done, gpointer data) {
+        const auto waiting = startAsync([&](GAsyncReadyCallback done, gpointer data) {
             secret_collection_create(service.get(), "Login", SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_CREATE_NONE,
                                      nullptr, done, data);
         });
@@ -278,7 +266,7 @@ Task<SecretStatus> addItem(SecretItem item, std::string secret, std::string labe
     const auto collection = co_await opened;
     if (!collection) co_return collection.error();
     // Without "replace": that would match the copy of a group as well.
-    const auto waiting = call([&](GAsyncReadyCallback done, gpointer data) {
+    const auto waiting = startAsync([&](GAsyncReadyCallback done, gpointer data) {
         secret_item_create(collection->get(), &schema(), attributesOf(item).get(), label.c_str(), valueOf(secret).get(),
                            SECRET_ITEM_CREATE_NONE, nullptr, done, data);
     });
@@ -297,7 +285,7 @@ Task<SecretStatus> removeItem(SecretItem item, AttemptPtr attempt) {
     const auto found = co_await finding;
     if (!found) co_return found.error();
     for (const auto& keyringItem : *found) {
-        const auto waiting = call([&](GAsyncReadyCallback done, gpointer data) {
+        const auto waiting = startAsync([&](GAsyncReadyCallback done, gpointer data) {
             secret_item_delete(keyringItem.get(), nullptr, done, data);
         });
         const auto result = co_await waiting;

@@ -1,7 +1,9 @@
 #include <Platform/MainLoop.h>
+#include <Platform/WallClockAlarm.h>
 
 #include <atomic>
 #include <chrono>
+#include <optional>
 #include <stop_token>
 #include <thread>
 
@@ -64,6 +66,32 @@ TEST(MainLoop, aStopWatchThatIsGoneHearsNothing) {
     while (g_main_context_iteration(nullptr, FALSE)) {
     }
     EXPECT_EQ(heard, 1);
+}
+
+TEST(WallClockAlarm, goesOffOnceAndInTime) {
+    const auto now = [] { return std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()); };
+    int calls = 0;
+    auto past = setWallClockAlarm(now() - 1h, [&] { ++calls; });
+    const Instant moment = now() + 30ms;
+    std::optional<Instant> called;
+    auto future = setWallClockAlarm(moment, [&] { called = now(); });
+    auto takenBack = setWallClockAlarm(now() - 1h, [&] { calls += 100; });
+    takenBack = {};
+    const auto distant = setWallClockAlarm(now() + std::chrono::years(10), [&] { calls += 100; });
+    while (!called) g_main_context_iteration(nullptr, TRUE);
+    EXPECT_GE(*called, moment);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(WallClockAlarm, itsActionMaySetItAgain) {
+    int calls = 0;
+    Subscription alarm;
+    std::function<void()> again = [&] {
+        if (++calls < 3) alarm = setWallClockAlarm(Instant{}, again);
+    };
+    again();
+    while (calls < 3) g_main_context_iteration(nullptr, TRUE);
+    EXPECT_EQ(calls, 3);
 }
 
 }  // namespace
