@@ -1,5 +1,6 @@
 #include "Queue/QueueLock.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -10,10 +11,12 @@ namespace parvela {
 QueueLock::Attempt QueueLock::take() {
     if (isHeld()) return Attempt::alreadyHeld;
     const int descriptor = ::open(file_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (descriptor < 0) return Attempt::refused;
+    if (descriptor < 0) return Attempt::unavailable;
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+        const int reason = errno;
         ::close(descriptor);
-        return Attempt::refused;
+        errno = reason;
+        return reason == EWOULDBLOCK ? Attempt::refused : Attempt::unavailable;
     }
     descriptor_ = descriptor;
     return Attempt::taken;

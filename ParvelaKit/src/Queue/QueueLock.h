@@ -16,7 +16,8 @@ public:
     enum class Attempt {
         taken,        ///< held from now on
         alreadyHeld,  ///< by this object
-        refused,      ///< another program holds it, or it cannot be had at all
+        refused,      ///< another program holds it
+        unavailable,  ///< nobody can have it here; errno says why
     };
 
     Attempt take();

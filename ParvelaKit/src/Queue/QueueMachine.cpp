@@ -2,6 +2,9 @@
 
 #include "Queue/RetryPolicy.h"
 
+#include <cerrno>
+#include <system_error>
+
 #include <fmt/format.h>
 
 namespace parvela {
@@ -43,20 +46,21 @@ OfflineQueue::Machine::Machine(Environment environment)
 
 void OfflineQueue::Machine::open() {
     auto store = QueueStore::open(environment_.file);
-    if (!store && store.error().problem == QueueStore::OpenProblem::damaged) {
-        // Under the lock, so that no other program writes to the file while it gets its new name.
-        const auto attempt = lock_.take();
-        const auto kept = attempt == QueueLock::Attempt::refused
-                              ? std::nullopt
-                              : setAside(environment_.file, environment_.clock->now());
-        if (kept) {
+    const auto lock = lock_.take();
+    if (lock == QueueLock::Attempt::unavailable && store) {
+        store =
+            Failure(QueueStore::OpenFailure{QueueStore::OpenProblem::unusable, std::generic_category().message(errno)});
+    }
+    // Set aside under the lock, so that no other program writes to the file while it gets its new name.
+    if (!store && store.error().problem == QueueStore::OpenProblem::damaged && lock_.isHeld()) {
+        if (const auto kept = setAside(environment_.file, now())) {
             store = QueueStore::open(environment_.file);
             setNotice(
                 fmt::format("The list of waiting lines was damaged. It was kept as \"{}\", and a new one was started.",
                             kept->string()));
         }
-        if (attempt == QueueLock::Attempt::taken) lock_.release();
     }
+    if (lock == QueueLock::Attempt::taken) lock_.release();
     if (store) {
         store_ = *std::move(store);
         return;
@@ -129,7 +133,7 @@ void OfflineQueue::Machine::close() {
 
 bool OfflineQueue::Machine::takeLock() {
     const auto attempt = lock_.take();
-    lockedElsewhere_ = attempt == QueueLock::Attempt::refused;
+    lockedElsewhere_ = !lock_.isHeld();
     if (attempt == QueueLock::Attempt::taken && store_ && !worked(store_->recoverInterrupted())) {
         lock_.release();
         return false;
@@ -281,6 +285,7 @@ void OfflineQueue::Machine::refreshCounts() {
     changed.waiting = counts.waiting;
     changed.sending = counts.sending;
     changed.failed = counts.failed;
+    if (pumping_) changed.nextTry.reset();
     status.set(std::move(changed));
 }
 

@@ -473,5 +473,14 @@ TEST_F(OfflineQueueTest, worksWithoutAFolderToWriteTo) {
     EXPECT_FALSE(queue_->retry(1));
 }
 
+TEST_F(OfflineQueueTest, keepsNothingThatItCouldNeverSend) {
+    std::filesystem::create_directories(file().string() + ".lock");
+    start();
+    EXPECT_THAT(queue_->status().get().notice.value_or(""), testing::HasSubstr("can't be saved for later"));
+    network_.fail(createTask, TransportError::unreachable);
+    auto task = submit("One");
+    EXPECT_FALSE(std::move(task).result());
+}
+
 }  // namespace
 }  // namespace parvela
