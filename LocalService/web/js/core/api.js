@@ -102,6 +102,7 @@ export const api = {
   signInDemo: () => call('POST', '/api/session/demo', {}),
   signUp: (account) => call('POST', '/api/accounts', account),
   signOut: () => call('DELETE', '/api/session'),
+  updateAccount: (change) => call('PATCH', '/api/account', change),
   handOff: () => call('POST', '/api/handoff', {}),
 
   link: (deviceId, deviceName) => call('POST', '/api/v1-link', { device_id: deviceId, device_name: deviceName }),

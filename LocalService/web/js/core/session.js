@@ -8,7 +8,7 @@ import { createStore } from './store.js';
  * @typedef {{ id: string, name: string, role?: string }} Workspace
  * @typedef {{ state: 'loading' }
  *   | { state: 'unreachable' }
- *   | { state: 'anonymous', demo: boolean, hasUsers: boolean, demoEmail: string, apiBase: string }
+ *   | { state: 'anonymous', demo: boolean, hasUsers: boolean, canSignUp: boolean, demoEmail: string, apiBase: string }
  *   | { state: 'signedIn', me: Me, workspace: Workspace, demo: boolean, apiBase: string }} Session
  */
 
@@ -24,6 +24,14 @@ function adopt(answer) {
     demo: answer.demo === true,
     apiBase: answer.api_base ?? '',
   });
+  tellTimeZone(answer.me);
+}
+
+/** "Today" is the person's own day: the service learns the zone of the clock they look at. */
+function tellTimeZone(me) {
+  const zone = Intl.DateTimeFormat().resolvedOptions().timeZone;
+  // A failure changes nothing now and is mended at the next start.
+  if (zone && me.time_zone !== zone) api.updateAccount({ time_zone: zone }).catch(() => {});
 }
 
 function becomeAnonymous(facts) {
@@ -32,6 +40,7 @@ function becomeAnonymous(facts) {
     state: 'anonymous',
     demo: facts?.demo === true,
     hasUsers: facts?.has_users !== false,
+    canSignUp: facts?.sign_up !== false,
     demoEmail: facts?.demo_email ?? '',
     apiBase: facts?.api_base ?? '',
   });

@@ -68,11 +68,14 @@ export async function toggleStar(board) {
   }
 }
 
+/** The first letter of a board's name: unlike picture signs, every system has a font for it. */
+const markOf = ({ name }) => [...name.trim()][0]?.toUpperCase() ?? '?';
+
 function BoardTile({ board }) {
   const total = board.open + board.done;
   return html`<li class="board-tile" style=${{ '--dot': safeColor(board.color) }}>
     <div class="row">
-      <span class="board-tile-mark" aria-hidden="true">${[...board.name.trim()][0]?.toUpperCase() ?? '?'}</span>
+      <span class="board-tile-mark" aria-hidden="true">${markOf(board)}</span>
       <a class="board-tile-name grow" href=${boardPath(board.id)}>${board.name}</a>
       ${board.private && html`<span class="faint" role="img" aria-label="Private" title="Private"><${Icon} name="lock" size=${16} /></span>`}
       <button

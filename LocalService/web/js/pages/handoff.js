@@ -16,10 +16,10 @@ export function HandOffPage({ route, current }) {
     document.title = 'Sign in to the desktop app – Parvela';
   }, []);
   const go = useSubmit(async () => {
-    const { redirect } = await api.handOff();
-    if (!CALLBACK.test(redirect ?? '')) throw new Error('The service sent an answer that could not be read.');
-    setSent(redirect);
-    location.assign(redirect);
+    const { url } = await api.handOff();
+    if (!CALLBACK.test(url ?? '')) throw new Error('The service sent an answer that could not be read.');
+    setSent(url);
+    location.assign(url);
   });
   const other = useSubmit(async () => {
     await signOut();

@@ -107,10 +107,11 @@ export function SignInCard({ facts, note }) {
       </button>
     </form>
     <${BrowserSignIn} apiBase=${facts.apiBase} />
-    <p class="sign-swap muted">
+    ${facts.canSignUp &&
+    html`<p class="sign-swap muted">
       ${creating ? 'Already have an account? ' : 'New here? '}
       <button type="button" class="link-button" onClick=${swap}>${creating ? 'Sign in' : 'Create an account'}</button>
-    </p>
+    </p>`}
   </div>`;
 }
 
