@@ -16,6 +16,7 @@ nlohmann::json describe(const ApiToken& token) {
                            {"created_at", milliseconds(token.createdAt)},
                            {"last_used_at", nullptr},
                            {"write", token.canWrite}};
+    if (token.deviceId) json["device_id"] = *token.deviceId;
     if (token.lastUsedAt) json["last_used_at"] = milliseconds(*token.lastUsedAt);
     return json;
 }

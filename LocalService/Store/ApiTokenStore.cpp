@@ -13,7 +13,7 @@ constexpr std::size_t kSecretLength = 40;
 constexpr std::size_t kHintLength = 5;
 
 constexpr const char* kColumns =
-    "SELECT id, account_id, kind, name, hint, can_write, created_at, last_used_at FROM tokens ";
+    "SELECT id, account_id, kind, name, hint, can_write, created_at, last_used_at, device_id FROM tokens ";
 
 ApiToken readToken(const Statement& row) {
     return {.id = row.id<TokenId>(0),
@@ -23,7 +23,8 @@ ApiToken readToken(const Statement& row) {
             .hint = row.text(4),
             .canWrite = row.flag(5),
             .createdAt = row.instant(6),
-            .lastUsedAt = row.optionalInstant(7)};
+            .lastUsedAt = row.optionalInstant(7),
+            .deviceId = row.optionalText(8)};
 }
 
 }  // namespace
@@ -35,7 +36,8 @@ ApiTokenStore::Issued ApiTokenStore::issue(const NewToken& token) {
                  .name = token.name,
                  .hint = secret.substr(0, kHintLength) + "…",
                  .canWrite = token.canWrite,
-                 .createdAt = clock_.now()};
+                 .createdAt = clock_.now(),
+                 .deviceId = token.deviceId};
     Transaction transaction(database_);
     if (token.deviceId) {
         database_.run("DELETE FROM tokens WHERE account_id = ? AND device_id = ?", token.account, *token.deviceId);

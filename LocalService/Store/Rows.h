@@ -144,6 +144,7 @@ struct ApiToken {
     bool canWrite = false;
     Instant createdAt;
     std::optional<Instant> lastUsedAt;
+    std::optional<std::string> deviceId;  ///< of a device's token
 };
 
 }  // namespace parvela::service

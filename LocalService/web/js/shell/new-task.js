@@ -1,5 +1,5 @@
 /** The new-task dialog. What is typed survives closing it, a failed call and a reload. */
-import { html, useEffect, useMemo, useRef, useState } from '../view.js';
+import { html, useMemo, useRef, useState } from '../view.js';
 import { api } from '../core/api.js';
 import { invalidate } from '../core/cache.js';
 import { useBoard, useBoards, usePeople } from '../core/data.js';
@@ -37,12 +37,14 @@ export function NewTaskDialog({ preset, onClose }) {
   const people = usePeople().data?.people ?? [];
   const lists = board?.lists ?? [];
   const list = lists.some((entry) => entry.id === listId) ? listId : (firstOpenList(board)?.id ?? '');
-  const change = (part) => setTask((now) => ({ ...now, ...part }));
-
-  useEffect(() => {
-    const typed = task.title.trim() !== '' || task.description.trim() !== '';
-    remember(DRAFT, typed ? JSON.stringify(task) : null);
-  }, [task]);
+  // The draft is written with each key, so that nothing is lost however the dialog goes away.
+  const change = (part) =>
+    setTask((now) => {
+      const next = { ...now, ...part };
+      const typed = next.title.trim() !== '' || next.description.trim() !== '';
+      remember(DRAFT, typed ? JSON.stringify(next) : null);
+      return next;
+    });
   const labels = board?.labels ?? [];
   const labelIds = useMemo(() => task.labels.filter((id) => labels.some((label) => label.id === id)), [labels, task.labels]);
 

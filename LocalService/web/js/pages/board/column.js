@@ -6,6 +6,7 @@ import { recall, remember } from '../../core/local.js';
 import { taskPath } from '../../core/router.js';
 import { toast, toastError } from '../../core/toasts.js';
 import { AvatarStack, LabelChip } from '../../ui/bits.js';
+import { useFocus } from '../../ui/focus.js';
 import { useSubmit } from '../../ui/form.js';
 import { Icon } from '../../ui/icon.js';
 import { Dropdown, MenuItem } from '../../ui/popover.js';
@@ -99,6 +100,7 @@ function ColumnMenu({ board, list, lists, index, rename }) {
 function RenameList({ board, list, close }) {
   const [name, setName] = useState(list.name);
   const saved = useRef(false);
+  const field = useFocus('select');
   const save = async () => {
     if (saved.current) return;
     saved.current = true;
@@ -116,7 +118,7 @@ function RenameList({ board, list, close }) {
     class="input input-small grow"
     aria-label="List name"
     maxlength="100"
-    ref=${(input) => input && input !== document.activeElement && !saved.current && input.focus()}
+    ref=${field}
     value=${name}
     onInput=${(event) => setName(event.currentTarget.value)}
     onBlur=${save}
@@ -133,9 +135,16 @@ function RenameList({ board, list, close }) {
 /** Types cards into a list one after another. */
 function AddCard({ board, list }) {
   const draft = `draft.card.${list.id}`;
-  const [open, setOpen] = useState(() => recall(draft) !== null);
+  const [open, setOpen] = useState(false);
+  if (open) return html`<${AddCardForm} board=${board} list=${list} draft=${draft} close=${() => setOpen(false)} />`;
+  return html`<button type="button" class="add-card" onClick=${() => setOpen(true)}>
+    <${Icon} name="plus" size=${17} />${recall(draft) === null ? 'Add a task' : 'Go on with your task'}
+  </button>`;
+}
+
+function AddCardForm({ board, list, draft, close }) {
   const [text, setText] = useState(() => recall(draft) ?? '');
-  const field = useRef(null);
+  const field = useFocus();
   const change = (value) => {
     setText(value);
     remember(draft, value);
@@ -148,15 +157,9 @@ function AddCard({ board, list }) {
     invalidate((key) => [`board:${board.id}`, 'boards', 'home'].includes(key));
     field.current?.focus();
   });
-  if (!open) {
-    return html`<button type="button" class="add-card" onClick=${() => setOpen(true)}><${Icon} name="plus" size=${17} />Add a task</button>`;
-  }
   return html`<form class="add-card-form" onSubmit=${submit}>
     <textarea
-      ref=${(element) => {
-        if (element && !field.current) element.focus();
-        field.current = element;
-      }}
+      ref=${field}
       class="input"
       rows="2"
       aria-label=${`New task in ${list.name}`}
@@ -166,50 +169,54 @@ function AddCard({ board, list }) {
       onInput=${(event) => change(event.currentTarget.value)}
       onKeyDown=${(event) => {
         if (event.key === 'Enter' && !event.shiftKey && !event.isComposing) submit(event);
-        if (event.key === 'Escape') setOpen(false);
+        if (event.key === 'Escape') close();
       }}
     ></textarea>
     ${error && html`<p class="form-error" role="alert">${error}</p>`}
     <div class="row">
       <button class="button button-primary button-small" disabled=${busy}>Add</button>
-      <button type="button" class="button button-small" onClick=${() => setOpen(false)}>Close</button>
+      <button type="button" class="button button-small" onClick=${close}>Close</button>
     </div>
   </form>`;
 }
 
 /** @param {{ board: any }} props */
 export function AddList({ board }) {
-  const [open, setOpen] = useState(board.lists.length === 0);
+  const [open, setOpen] = useState(false);
+  return html`<section class="column column-new" aria-label="New list">
+    ${open
+      ? html`<${AddListForm} board=${board} close=${() => setOpen(false)} />`
+      : html`<button type="button" class="add-card" onClick=${() => setOpen(true)}><${Icon} name="plus" size=${17} />Add a list</button>`}
+    <p id="card-help" class="sr-only">Enter opens, Space picks up to move with the arrow keys, X marks as done.</p>
+  </section>`;
+}
+
+function AddListForm({ board, close }) {
   const [name, setName] = useState('');
+  const field = useFocus();
   const { busy, error, submit } = useSubmit(async () => {
     const text = name.trim();
     if (text === '') return;
     await api.createList(board.id, text);
-    setName('');
-    setOpen(false);
+    close();
     invalidate((key) => key === `board:${board.id}`);
     toast(`Added the list “${text}”.`);
   });
-  return html`<section class="column column-new" aria-label="New list">
-    ${open
-      ? html`<form class="form" onSubmit=${submit}>
-          <input
-            class="input"
-            aria-label="List name"
-            placeholder="List name"
-            maxlength="100"
-            ref=${(input) => input && name === '' && input.focus()}
-            value=${name}
-            onInput=${(event) => setName(event.currentTarget.value)}
-            onKeyDown=${(event) => event.key === 'Escape' && setOpen(false)}
-          />
-          ${error && html`<p class="form-error" role="alert">${error}</p>`}
-          <div class="row">
-            <button class="button button-primary button-small" disabled=${busy}>Add list</button>
-            <button type="button" class="button button-small" onClick=${() => setOpen(false)}>Cancel</button>
-          </div>
-        </form>`
-      : html`<button type="button" class="add-card" onClick=${() => setOpen(true)}><${Icon} name="plus" size=${17} />Add a list</button>`}
-    <p id="card-help" class="sr-only">Enter opens, Space picks up to move with the arrow keys, X marks as done.</p>
-  </section>`;
+  return html`<form class="form" onSubmit=${submit}>
+    <input
+      ref=${field}
+      class="input"
+      aria-label="List name"
+      placeholder="List name"
+      maxlength="100"
+      value=${name}
+      onInput=${(event) => setName(event.currentTarget.value)}
+      onKeyDown=${(event) => event.key === 'Escape' && close()}
+    />
+    ${error && html`<p class="form-error" role="alert">${error}</p>`}
+    <div class="row">
+      <button class="button button-primary button-small" disabled=${busy}>Add list</button>
+      <button type="button" class="button button-small" onClick=${close}>Cancel</button>
+    </div>
+  </form>`;
 }

@@ -5,6 +5,7 @@ import { optimistic } from '../../core/cache.js';
 import { recall, remember } from '../../core/local.js';
 import { toastError } from '../../core/toasts.js';
 import { Progress } from '../../ui/bits.js';
+import { useFocus } from '../../ui/focus.js';
 import { useSubmit } from '../../ui/form.js';
 import { Icon } from '../../ui/icon.js';
 
@@ -57,7 +58,7 @@ function Checklist({ task, list, canEdit, reload }) {
 }
 
 function Item({ task, item, canEdit }) {
-  const [text, setText] = useState(null);
+  const [editing, setEditing] = useState(false);
   const flip = () =>
     changeLists(
       task,
@@ -70,10 +71,10 @@ function Item({ task, item, canEdit }) {
       (lists) => mapItem(lists, item.id, () => []),
       () => api.deleteItem(item.id),
     );
-  const save = () => {
-    const next = text?.trim();
-    setText(null);
-    if (!next || next === item.text) return;
+  const save = (text) => {
+    const next = text.trim();
+    setEditing(false);
+    if (next === '' || next === item.text) return;
     changeLists(
       task,
       (lists) => mapItem(lists, item.id, (entry) => [{ ...entry, text: next }]),
@@ -84,26 +85,47 @@ function Item({ task, item, canEdit }) {
     <button type="button" role="checkbox" class="done-check is-square" aria-checked=${String(item.done)} aria-label=${item.text} onClick=${flip}>
       <${Icon} name="check" size=${13} />
     </button>
-    ${text === null
-      ? html`<button type="button" class="check-text grow" aria-label=${`Edit: ${item.text}`} disabled=${!canEdit} onClick=${() => setText(item.text)}>${item.text}</button>`
-      : html`<input
-          class="input input-small grow"
-          aria-label="Item"
-          maxlength="500"
-          ref=${(input) => input && document.activeElement !== input && input.focus()}
-          value=${text}
-          onInput=${(event) => setText(event.currentTarget.value)}
-          onBlur=${save}
-          onKeyDown=${(event) => {
-            if (event.key === 'Enter') event.currentTarget.blur();
-            if (event.key === 'Escape') setText(null);
-          }}
-        />`}
+    ${editing
+      ? html`<${ItemField} item=${item} save=${save} />`
+      : html`<button
+          type="button"
+          class="check-text grow"
+          aria-label=${`Edit: ${item.text}`}
+          disabled=${!canEdit}
+          onClick=${() => setEditing(true)}
+        >
+          ${item.text}
+        </button>`}
     ${canEdit &&
     html`<button type="button" class="icon-button icon-button-small on-hover" aria-label=${`Delete: ${item.text}`} onClick=${remove}>
       <${Icon} name="close" size=${15} />
     </button>`}
   </li>`;
+}
+
+function ItemField({ item, save }) {
+  const [text, setText] = useState(item.text);
+  const field = useFocus();
+  const ended = useRef(false);
+  // Going away takes the focus, so the same end is heard twice.
+  const end = (result) => {
+    if (ended.current) return;
+    ended.current = true;
+    save(result);
+  };
+  return html`<input
+    ref=${field}
+    class="input input-small grow"
+    aria-label="Item"
+    maxlength="500"
+    value=${text}
+    onInput=${(event) => setText(event.currentTarget.value)}
+    onBlur=${() => end(text)}
+    onKeyDown=${(event) => {
+      if (event.key === 'Enter') end(text);
+      if (event.key === 'Escape') end(item.text);
+    }}
+  />`;
 }
 
 /**
@@ -141,30 +163,35 @@ export function AddLine({ label, placeholder, draft, onAdd }) {
 
 function AddChecklist({ task, reload }) {
   const [open, setOpen] = useState(false);
+  if (open) return html`<${ChecklistForm} task=${task} reload=${reload} close=${() => setOpen(false)} />`;
+  return html`<div class="task-section task-section-tight">
+    <button type="button" class="button button-small" onClick=${() => setOpen(true)}>
+      <${Icon} name="checklist" size=${17} />Add a checklist
+    </button>
+  </div>`;
+}
+
+function ChecklistForm({ task, reload, close }) {
   const [title, setTitle] = useState('Checklist');
+  const field = useFocus('select');
   const { busy, error, submit } = useSubmit(async () => {
     if (title.trim() === '') return;
     await api.createChecklist(task.key, title.trim());
-    setOpen(false);
+    close();
     reload();
   });
-  if (!open) {
-    return html`<div class="task-section task-section-tight">
-      <button type="button" class="button button-small" onClick=${() => setOpen(true)}><${Icon} name="checklist" size=${17} />Add a checklist</button>
-    </div>`;
-  }
   return html`<form class="task-section row" onSubmit=${submit}>
     <input
+      ref=${field}
       class="input input-small grow"
       aria-label="Checklist title"
       maxlength="100"
-      ref=${(input) => input && !input.dataset.ready && (input.select(), input.focus(), (input.dataset.ready = '1'))}
       value=${title}
       onInput=${(event) => setTitle(event.currentTarget.value)}
-      onKeyDown=${(event) => event.key === 'Escape' && setOpen(false)}
+      onKeyDown=${(event) => event.key === 'Escape' && close()}
     />
     <button class="button button-primary button-small" disabled=${busy}>Add</button>
-    <button type="button" class="button button-small" onClick=${() => setOpen(false)}>Cancel</button>
+    <button type="button" class="button button-small" onClick=${close}>Cancel</button>
     ${error && html`<p class="form-error" role="alert">${error}</p>`}
   </form>`;
 }
