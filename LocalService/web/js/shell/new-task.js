@@ -8,6 +8,7 @@ import { toast } from '../core/toasts.js';
 import { short } from '../core/tasks.js';
 import { Dialog } from '../ui/dialog.js';
 import { useSubmit } from '../ui/form.js';
+import { GrowArea } from '../ui/grow-area.js';
 import { AssigneePicker, DatePicker, LabelPicker, PriorityPicker } from '../ui/pickers.js';
 
 const DRAFT = 'draft.newTask';
@@ -78,10 +79,9 @@ export function NewTaskDialog({ preset, onClose }) {
 
   return html`<${Dialog} title="New task" class="new-task" onClose=${onClose}>
     <form class="form" onSubmit=${submit}>
-      <textarea
-        ref=${title}
+      <${GrowArea}
+        field=${title}
         class="new-task-title"
-        rows="1"
         aria-label="Title"
         placeholder="What needs doing?"
         maxlength="500"
@@ -91,10 +91,9 @@ export function NewTaskDialog({ preset, onClose }) {
         onKeyDown=${(event) => {
           if (event.key === 'Enter' && !event.shiftKey && !event.isComposing) submit(event);
         }}
-      ></textarea>
-      <textarea
+      />
+      <${GrowArea}
         class="new-task-description"
-        rows="3"
         aria-label="Description"
         placeholder="Add a description"
         value=${task.description}
@@ -102,7 +101,7 @@ export function NewTaskDialog({ preset, onClose }) {
         onKeyDown=${(event) => {
           if (event.key === 'Enter' && (event.ctrlKey || event.metaKey)) submit(event);
         }}
-      ></textarea>
+      />
       <div class="new-task-fields">
         <${DatePicker} withTime date=${task.date} time=${task.time} onChange=${({ date, time }) => change({ date, time })} />
         <${PriorityPicker} value=${task.priority} onChange=${(priority) => change({ priority })} />
