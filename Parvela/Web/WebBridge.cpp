@@ -35,7 +35,7 @@ bool WebBridge::receive(MainWindowController& sender, WebKitUserMessage* message
         sender.titlebarDoubleClick();
     } else if (std::holds_alternative<BridgeMessage::WindowDrag>(parsed->content)) {
         sender.windowDrag();
-    } else if (const auto page = Url::parse(address); page && model_->server.get().isAppOrigin(*page)) {
+    } else if (const auto page = Url::parseFromEngine(address); page && model_->server.get().isAppOrigin(*page)) {
         apply(sender, *page, std::move(*parsed));
     }
     return true;
