@@ -1,6 +1,6 @@
-#include <algorithm>
-
 #include <ParvelaKit/CivilDate.h>
+
+#include <algorithm>
 
 #include <fmt/format.h>
 
@@ -8,12 +8,16 @@ namespace parvela {
 
 namespace {
 
-bool isLeapYear(int year) { return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0; }
+bool isLeapYear(int year) {
+    return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+}
 
 constexpr int daysPerEra = 146097;
 constexpr int epochOffset = 719468;  // days from 0000-03-01 to 1970-01-01
 
-std::int64_t floorDivide(std::int64_t a, std::int64_t b) { return a / b - (a % b < 0 ? 1 : 0); }
+std::int64_t floorDivide(std::int64_t a, std::int64_t b) {
+    return a / b - (a % b < 0 ? 1 : 0);
+}
 
 /// The value of exactly these ASCII digits, or -1.
 int digits(std::string_view text) {
@@ -46,7 +50,9 @@ CivilDate CivilDate::fromDayNumber(std::int64_t days) {
     return {year, month, day};
 }
 
-bool CivilDate::isValid() const { return month >= 1 && month <= 12 && day >= 1 && day <= daysInMonth(year, month); }
+bool CivilDate::isValid() const {
+    return month >= 1 && month <= 12 && day >= 1 && day <= daysInMonth(year, month);
+}
 
 std::string CivilDate::text() const {
     if (!isValid() || year < 0 || year > 9999) return fmt::format("{:04}-{:02}-{:02}", year, month, day);
@@ -74,7 +80,9 @@ int CivilDate::weekday() const {
     return static_cast<int>(remainder < 0 ? remainder + 7 : remainder);
 }
 
-CivilDate CivilDate::addingDays(std::int64_t days) const { return fromDayNumber(dayNumber() + days); }
+CivilDate CivilDate::addingDays(std::int64_t days) const {
+    return fromDayNumber(dayNumber() + days);
+}
 
 CivilDate CivilDate::addingMonths(int months, std::optional<int> onDay) const {
     const std::int64_t index = static_cast<std::int64_t>(year) * 12 + (month - 1) + months;
@@ -88,16 +96,21 @@ CivilDate CivilDate::startOfNextWeek() const {
     return addingDays(daysToMonday == 0 ? 7 : daysToMonday);
 }
 
-CivilDate CivilDate::endOfMonth() const { return {year, month, daysInMonth(year, month)}; }
+CivilDate CivilDate::endOfMonth() const {
+    return {year, month, daysInMonth(year, month)};
+}
 
 int CivilDate::daysInMonth(int year, int month) {
     switch (month) {
-        case 2: return isLeapYear(year) ? 29 : 28;
+        case 2:
+            return isLeapYear(year) ? 29 : 28;
         case 4:
         case 6:
         case 9:
-        case 11: return 30;
-        default: return 31;
+        case 11:
+            return 30;
+        default:
+            return 31;
     }
 }
 

@@ -1,7 +1,7 @@
+#include <ParvelaKit/Text.h>
+
 #include <algorithm>
 #include <memory>
-
-#include <ParvelaKit/Text.h>
 
 #include <unicode/brkiter.h>
 #include <unicode/uchar.h>
@@ -71,7 +71,8 @@ bool isValidUtf8(std::string_view text) {
 }
 
 std::u16string toUtf16(std::string_view text) {
-    const auto converted = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+    const auto converted =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
     return {converted.getBuffer(), static_cast<std::size_t>(converted.length())};
 }
 
@@ -91,7 +92,8 @@ std::string_view trimmedBlanks(std::string_view text) {
 
 std::string lowercased(std::string_view text) {
     if (isAscii(text)) return asciiLowercased(text);
-    auto converted = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+    auto converted =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
     converted.toLower(icu::Locale::getRoot());
     std::string lower;
     converted.toUTF8String(lower);
@@ -100,7 +102,8 @@ std::string lowercased(std::string_view text) {
 
 std::string asciiLowercased(std::string_view text) {
     std::string lower(text);
-    std::ranges::transform(lower, lower.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    std::ranges::transform(lower, lower.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
     return lower;
 }
 

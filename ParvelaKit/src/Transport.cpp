@@ -1,7 +1,7 @@
-#include <algorithm>
-
 #include <ParvelaKit/Text.h>
 #include <ParvelaKit/Transport.h>
+
+#include <algorithm>
 
 namespace parvela {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <ParvelaKit/CivilDate.h>
+
 #include <chrono>
 #include <cstdint>
-
-#include <ParvelaKit/CivilDate.h>
 
 namespace parvela {
 

@@ -16,7 +16,8 @@ struct Data {
 
 using StoredValue = std::variant<bool, std::int64_t, double, std::string, Data>;
 
-/// The user's settings by key, kept across launches. Reading a key never fails: a missing or damaged entry reads as none.
+/// The user's settings by key, kept across launches. Reading a key never fails: a missing or damaged entry reads as
+/// none.
 class KeyValueStore {
 public:
     virtual ~KeyValueStore() = default;

@@ -1,22 +1,22 @@
 #pragma once
 
+#include <ParvelaKit/Result.h>
+#include <ParvelaKit/Task.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
 
-#include <ParvelaKit/Result.h>
-#include <ParvelaKit/Task.h>
-
 namespace parvela {
 
-/// Outcome of a secret-store operation: 0 is success, failures are negative. The number is shown to the user, so the values
-/// are fixed.
+/// Outcome of a secret-store operation: 0 is success, failures are negative. The number is shown to the user, so the
+/// values are fixed.
 enum class SecretStatus : std::int32_t {
     success = 0,
-    noService = -25291,     ///< no secret service answers on this session
-    notFound = -25300,      ///< no such item
-    locked = -25308,        ///< the keyring is locked and was not unlocked
-    failed = -25299,        ///< anything else, such as a reply that makes no sense
+    noService = -25291,  ///< no secret service answers on this session
+    notFound = -25300,   ///< no such item
+    locked = -25308,     ///< the keyring is locked and was not unlocked
+    failed = -25299,     ///< anything else, such as a reply that makes no sense
 };
 
 /// Which secret: a service and account, and optionally the group of programs that share it.

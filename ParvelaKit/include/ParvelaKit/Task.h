@@ -62,9 +62,10 @@ struct TaskPromise<void> : TaskPromiseBase {
 
 /// One asynchronous operation on the thread that started it.
 ///
-/// Tasks are eager: the body runs up to its first suspension before the call returns, so an operation that needs no waiting
-/// is finished when its Task appears. Dropping a Task does not cancel the work; it runs on unobserved and frees its frame at
-/// the end. Cancellation travels separately, as a std::stop_token argument. A Task is awaited at most once.
+/// Tasks are eager: the body runs up to its first suspension before the call returns, so an operation that needs no
+/// waiting is finished when its Task appears. Dropping a Task does not cancel the work; it runs on unobserved and frees
+/// its frame at the end. Cancellation travels separately, as a std::stop_token argument. A Task is awaited at most
+/// once.
 template <class T>
 class [[nodiscard]] Task {
 public:
@@ -130,8 +131,8 @@ inline Task<void> TaskPromise<void>::get_return_object() noexcept {
 ///     startSomething([answer](int value) { answer.resolve(value); });
 ///     int value = co_await answer;
 ///
-/// Copies share the value. resolve() resumes the waiting coroutine before it returns; a second resolve() is ignored, so a
-/// late callback after a time-out does no harm.
+/// Copies share the value. resolve() resumes the waiting coroutine before it returns; a second resolve() is ignored, so
+/// a late callback after a time-out does no harm.
 template <class T>
 class Deferred {
 public:

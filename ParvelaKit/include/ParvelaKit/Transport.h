@@ -1,5 +1,9 @@
 #pragma once
 
+#include <ParvelaKit/Result.h>
+#include <ParvelaKit/Task.h>
+#include <ParvelaKit/Url.h>
+
 #include <chrono>
 #include <functional>
 #include <optional>
@@ -7,10 +11,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include <ParvelaKit/Result.h>
-#include <ParvelaKit/Task.h>
-#include <ParvelaKit/Url.h>
 
 namespace parvela {
 

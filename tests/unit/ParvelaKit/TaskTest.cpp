@@ -3,7 +3,9 @@
 namespace parvela {
 namespace {
 
-Task<int> immediate(int value) { co_return value; }
+Task<int> immediate(int value) {
+    co_return value;
+}
 
 Task<int> plusOne(Deferred<int> input) {
     const int value = co_await input;
