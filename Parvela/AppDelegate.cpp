@@ -95,6 +95,7 @@ void AppDelegate::didFinishLaunching() {
         menu_->setBoards(tab ? tab->boards() : std::vector<BoardRef>{});
     };
     windows_->onLastWindowClosed = [this] { lastWindowClosed(); };
+    windows_->downloads().notify = [this](UserNotification notification) { notify(std::move(notification)); };
     windows_->onQuickAdd = [this] { showQuickAdd(); };
     addActions();
     menu_ = std::make_unique<MainMenu>(GTK_APPLICATION(application_.get()));

@@ -1,9 +1,11 @@
 #include "Web/BrowserDelegate.h"
 
 #include "Support/DesktopServices.h"
+#include "Web/CertificateProblem.h"
 #include "Web/ParvelaWebView.h"
 
 #include <ParvelaKit/ErrorPage.h>
+#include <Platform/SoupTransport.h>
 
 #include <string_view>
 #include <utility>
@@ -50,7 +52,17 @@ NavigationPolicy::Gesture gestureOf(WebKitNavigationAction* action) {
 
 BrowserDelegate::BrowserDelegate(ParvelaWebView& webView, std::shared_ptr<AppModel> model, DesktopServices& desktop,
                                  std::shared_ptr<const Clock> clock)
-    : webView_(webView), model_(std::move(model)), desktop_(desktop), policy_(std::move(clock)) {
+    : webView_(webView),
+      model_(std::move(model)),
+      desktop_(desktop),
+      policy_(std::move(clock)),
+      dialogs_(webView.get()),
+      permissions_(webView.get(), model_->session.prefs()),
+      contextMenu_(webView.get(), [this](const Url& url) { desktop_.open(url); }) {
+    watchView();
+}
+
+void BrowserDelegate::watchView() {
     WebKitWebView* const view = webView_.get();
     connections_.push_back(connect<gboolean(WebKitWebView*, WebKitPolicyDecision*, WebKitPolicyDecisionType)>(
         view, "decide-policy", [this](WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type) {
@@ -67,6 +79,17 @@ BrowserDelegate::BrowserDelegate(ParvelaWebView& webView, std::shared_ptr<AppMod
         view, "load-failed", [this](WebKitWebView*, WebKitLoadEvent, const char* uri, GError* error) {
             return static_cast<gboolean>(loadFailed(uri, error));
         }));
+    connections_.push_back(connect<gboolean(WebKitWebView*, const char*, GTlsCertificate*, GTlsCertificateFlags)>(
+        view, "load-failed-with-tls-errors",
+        [this](WebKitWebView*, const char* uri, GTlsCertificate*, GTlsCertificateFlags problems) {
+            return static_cast<gboolean>(loadFailedForTls(uri, problems));
+        }));
+    for (const auto& [signal, on] : {std::pair{"enter-fullscreen", true}, {"leave-fullscreen", false}}) {
+        connections_.push_back(connect<gboolean(WebKitWebView*)>(view, signal, [this, on](WebKitWebView*) {
+            if (onElementFullScreen) onElementFullScreen(on);
+            return gboolean{FALSE};
+        }));
+    }
     connections_.push_back(connect<void(WebKitWebView*, WebKitWebProcessTerminationReason)>(
         view, "web-process-terminated",
         [this](WebKitWebView*, WebKitWebProcessTerminationReason reason) { processTerminated(reason); }));
@@ -92,6 +115,10 @@ bool BrowserDelegate::decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyD
 bool BrowserDelegate::decideNavigation(WebKitNavigationPolicyDecision* decision) {
     WebKitNavigationAction* const action = webkit_navigation_policy_decision_get_navigation_action(decision);
     const std::string uri = uriOf(action);
+    if (openAside(action, uri)) {
+        webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
+        return true;
+    }
     const auto answer = policy_.navigation(uri, NavigationPolicy::Frame::unknown, gestureOf(action),
                                            NavigationPolicy::Purpose::show, model_->server.get());
     if (answer.action == NavigationPolicy::Action::allow) {
@@ -99,6 +126,21 @@ bool BrowserDelegate::decideNavigation(WebKitNavigationPolicyDecision* decision)
         webkit_policy_decision_use(WEBKIT_POLICY_DECISION(decision));
     } else {
         webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
+        carryOut(answer);
+    }
+    return true;
+}
+
+/// A click with the middle button or with Ctrl opens a link without leaving the page.
+bool BrowserDelegate::openAside(WebKitNavigationAction* action, const std::string& uri) {
+    if (webkit_navigation_action_get_navigation_type(action) != WEBKIT_NAVIGATION_TYPE_LINK_CLICKED) return false;
+    const guint button = webkit_navigation_action_get_mouse_button(action);
+    const bool withControl = (webkit_navigation_action_get_modifiers(action) & GDK_CONTROL_MASK) != 0;
+    if (button != GDK_BUTTON_MIDDLE && !(button == GDK_BUTTON_PRIMARY && withControl)) return false;
+    const auto answer = policy_.newWindow(uri, NavigationPolicy::Gesture::user, model_->server.get());
+    if (answer.action == NavigationPolicy::Action::openTab) {
+        if (answer.url && openBackgroundTab) openBackgroundTab(*answer.url);
+    } else {
         carryOut(answer);
     }
     return true;
@@ -156,7 +198,10 @@ void BrowserDelegate::loadChanged(WebKitLoadEvent event) {
             break;
         case WEBKIT_LOAD_COMMITTED: {
             const char* const uri = webkit_web_view_get_uri(webView_.get());
-            if (errorPage_ && (!uri || errorPage_->url != uri)) errorPage_.reset();
+            if (errorPage_ && (!uri || *errorPage_ != uri)) {
+                errorPage_.reset();
+                retry_.reset();
+            }
             if (onCommit) onCommit();
             break;
         }
@@ -175,7 +220,16 @@ bool BrowserDelegate::loadFailed(const char* failingUri, const GError* error) {
     if (isCancelled(error) ||
         g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE))
         return true;
-    showErrorPage(failingUri ? failingUri : "", error);
+    const bool unreachable = isUnreachable(error);
+    const auto failure = unreachable ? ErrorPage::Failure::unreachable : ErrorPage::Failure::other;
+    showErrorPage(failingUri ? failingUri : "", ErrorPage::message(failure, error->message, model_->server.get()),
+                  unreachable ? Recovery::whenReachable : Recovery::byUser);
+    return true;
+}
+
+bool BrowserDelegate::loadFailedForTls(const char* failingUri, GTlsCertificateFlags problems) {
+    const auto url = Url::parse(failingUri);
+    showErrorPage(failingUri, certificateMessage(url ? url->lowercaseHost() : failingUri, problems), Recovery::byUser);
     return true;
 }
 
@@ -185,16 +239,25 @@ void BrowserDelegate::blocked(const std::string& failingUri) {
                                 NavigationPolicy::Purpose::show, model_->server.get()));
 }
 
-void BrowserDelegate::showErrorPage(const std::string& failingUri, const GError* error) {
-    const ServerConfig& server = model_->server.get();
-    const auto failure = isUnreachable(error) ? ErrorPage::Failure::unreachable : ErrorPage::Failure::other;
-    const std::string html = ErrorPage::html(ErrorPage::message(failure, error->message, server), server.appURL);
-    errorPage_ = Failure{failingUri};
+void BrowserDelegate::showErrorPage(const std::string& failingUri, const std::string& message, Recovery recovery) {
+    const std::string html = ErrorPage::html(message, model_->server.get().appURL);
+    errorPage_ = failingUri;
     webkit_web_view_load_alternate_html(webView_.get(), html.c_str(), failingUri.c_str(), nullptr);
+    const auto url = Url::parse(failingUri);
+    if (recovery == Recovery::byUser || !url) return;
+    retry_ = std::make_unique<PageRetry>(*url, SoupTransport::shared(), [this, failingUri] {
+        webkit_web_view_load_uri(webView_.get(), failingUri.c_str());
+    });
 }
 
-void BrowserDelegate::processTerminated(WebKitWebProcessTerminationReason) {
-    webkit_web_view_reload(webView_.get());
+void BrowserDelegate::processTerminated(WebKitWebProcessTerminationReason reason) {
+    if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) return;
+    if (crashes_.mayReload(std::chrono::steady_clock::now())) {
+        webkit_web_view_reload(webView_.get());
+        return;
+    }
+    const char* const uri = webkit_web_view_get_uri(webView_.get());
+    showErrorPage(uri ? uri : "", "The page stopped working several times in a row.", Recovery::byUser);
 }
 
 }  // namespace parvela

@@ -1,6 +1,11 @@
 #pragma once
 
 #include "Model/AppModel.h"
+#include "Web/CrashGuard.h"
+#include "Web/PageContextMenu.h"
+#include "Web/PageDialogs.h"
+#include "Web/PagePermissions.h"
+#include "Web/PageRetry.h"
 
 #include <ParvelaKit/Clock.h>
 #include <ParvelaKit/GLibPtr.h>
@@ -34,6 +39,10 @@ public:
     std::function<void()> onFinish;
     /// Gives a new web view in a new tab, or none.
     std::function<WebKitWebView*(WebKitWebView* opener)> openNewTab;
+    /// Opens a page of the web app in a tab that stays behind.
+    std::function<void(const Url&)> openBackgroundTab;
+    /// A part of the page covers the whole screen, or ceases to.
+    std::function<void(bool)> onElementFullScreen;
     /// The page wants its tab closed.
     std::function<void()> onCloseRequest;
     /// A sign-in goes on in the browser; this view waits for it to come back.
@@ -42,9 +51,7 @@ public:
     bool showsErrorPage() const noexcept { return errorPage_.has_value(); }
 
 private:
-    struct Failure {
-        std::string url;
-    };
+    void watchView();
 
     bool decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
     bool decideNavigation(WebKitNavigationPolicyDecision* decision);
@@ -54,7 +61,10 @@ private:
     void carryOut(const NavigationPolicy::Decision& decision);
     bool loadFailed(const char* failingUri, const GError* error);
     void blocked(const std::string& failingUri);
-    void showErrorPage(const std::string& failingUri, const GError* error);
+    bool loadFailedForTls(const char* failingUri, GTlsCertificateFlags problems);
+    enum class Recovery { byUser, whenReachable };
+    void showErrorPage(const std::string& failingUri, const std::string& message, Recovery recovery);
+    bool openAside(WebKitNavigationAction* action, const std::string& uri);
     void processTerminated(WebKitWebProcessTerminationReason reason);
 
     ParvelaWebView& webView_;
@@ -62,7 +72,13 @@ private:
     DesktopServices& desktop_;
     NavigationPolicy policy_;
     std::vector<Connection> connections_;
-    std::optional<Failure> errorPage_;
+    /// The address that the error page in the view stands for.
+    std::optional<std::string> errorPage_;
+    std::unique_ptr<PageRetry> retry_;
+    CrashGuard crashes_;
+    PageDialogs dialogs_;
+    PagePermissions permissions_;
+    PageContextMenu contextMenu_;
     /// Where the navigation under way was last redirected to; its failure names only where it began.
     std::optional<std::string> redirectTarget_;
 };

@@ -7,6 +7,8 @@
 #include <memory>
 #include <utility>
 
+#include <adwaita.h>
+
 namespace parvela {
 
 namespace {
@@ -53,6 +55,13 @@ ParvelaWebView::ParvelaWebView(const WebEnvironment& environment, WebKitWebView*
     gtk_widget_set_hexpand(widget(), TRUE);
     gtk_widget_set_vexpand(widget(), TRUE);
 
+    showBackground();
+    // The style sheet follows the change of scheme within the same turn of the loop.
+    schemeChanged_ = connect<void(AdwStyleManager*, GParamSpec*)>(
+        adw_style_manager_get_default(), "notify::dark", [this](AdwStyleManager*, GParamSpec*) {
+            recolour_ = MainLoopTimer(std::chrono::milliseconds{0}, [this] { showBackground(); });
+        });
+
     GtkGesture* const press = gtk_gesture_click_new();
     gtk_gesture_single_set_button(GTK_GESTURE_SINGLE(press), GDK_BUTTON_PRIMARY);
     gtk_event_controller_set_propagation_phase(GTK_EVENT_CONTROLLER(press), GTK_PHASE_CAPTURE);
@@ -61,6 +70,14 @@ ParvelaWebView::ParvelaWebView(const WebEnvironment& environment, WebKitWebView*
             lastMouseDown_ = MouseDown{g_get_monotonic_time(), clicks};
         });
     gtk_widget_add_controller(widget(), GTK_EVENT_CONTROLLER(press));
+}
+
+/// What is seen under and around the page.
+void ParvelaWebView::showBackground() {
+    GdkRGBA colour;
+    if (gtk_style_context_lookup_color(gtk_widget_get_style_context(widget()), "ParvelaBackground", &colour)) {
+        webkit_web_view_set_background_color(view_.get(), &colour);
+    }
 }
 
 std::optional<ParvelaWebView::MouseDown> ParvelaWebView::recentMouseDown(Button button) const {

@@ -2,6 +2,7 @@
 
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/NativeBridge.h>
+#include <Platform/MainLoop.h>
 
 #include <functional>
 #include <optional>
@@ -52,9 +53,12 @@ public:
 private:
     bool buttonIsHeld() const;
     void endPress();
+    void showBackground();
 
     Ref<WebKitWebView> view_;
     Connection pressed_;
+    Connection schemeChanged_;
+    MainLoopTimer recolour_;
     std::optional<MouseDown> lastMouseDown_;
 };
 

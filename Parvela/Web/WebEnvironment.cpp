@@ -43,6 +43,20 @@ Ref<WebKitNetworkSession> makeSession(const XdgPaths& paths) {
     return session;
 }
 
+/// In the languages of the session, as far as there are dictionaries; in American English when it names none.
+void checkSpelling(WebKitWebContext* context) {
+    std::vector<const char*> languages;
+    for (const char* const* name = g_get_language_names(); *name; ++name) {
+        const std::string_view language(*name);
+        const bool named = language.size() == 5 && language[2] == '_';
+        if (named) languages.push_back(*name);
+    }
+    if (languages.empty()) languages.push_back("en_US");
+    languages.push_back(nullptr);
+    webkit_web_context_set_spell_checking_languages(context, languages.data());
+    webkit_web_context_set_spell_checking_enabled(context, TRUE);
+}
+
 std::string identifierOf(const std::string& rules) {
     const CharPtr sum(
         g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(rules.data()), rules.size()));
@@ -73,6 +87,7 @@ WebEnvironment::WebEnvironment(const XdgPaths& paths)
           webkit_user_content_filter_store_new((paths.cache / "content-filters").c_str()))),
       settings_(makeSettings()),
       cancellable_(Ref<GCancellable>::adopt(g_cancellable_new())) {
+    checkSpelling(context_.get());
     const std::string folder = webProcessFolder().string();
     webkit_web_context_add_path_to_sandbox(context_.get(), folder.c_str(), TRUE);
     extensionsConnection_ = connect<void(WebKitWebContext*)>(

@@ -22,6 +22,7 @@ MainWindow::MainWindow(WindowManager& manager, GtkApplication* application, GMen
     header_ = interface.get<GtkWidget>("header");
     tabBar_ = interface.get<GtkWidget>("tabBar");
     title_ = interface.get<AdwWindowTitle>("title");
+    downloadRows_ = interface.get<GtkBox>("downloads");
     menuButton_ = interface.get<GtkMenuButton>("menuButton");
     clusterMenuButton_ = interface.get<GtkMenuButton>("clusterMenuButton");
     for (GtkMenuButton* const button : {menuButton_, clusterMenuButton_}) gtk_menu_button_set_menu_model(button, menu);

@@ -74,6 +74,8 @@ public:
     void setElementFullScreen(bool on);
 
     void showToast(const std::string& text);
+    /// Where downloads show their progress.
+    GtkBox* downloadRows() const noexcept { return downloadRows_; }
 
 private:
     void connectWindow();
@@ -93,6 +95,7 @@ private:
     GtkWidget* header_ = nullptr;
     GtkWidget* tabBar_ = nullptr;
     AdwWindowTitle* title_ = nullptr;
+    GtkBox* downloadRows_ = nullptr;
     GtkMenuButton* menuButton_ = nullptr;
     GtkMenuButton* clusterMenuButton_ = nullptr;
     std::unique_ptr<WindowButtons> buttons_;

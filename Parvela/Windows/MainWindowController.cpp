@@ -26,6 +26,10 @@ MainWindowController::MainWindowController(WindowManager& manager, std::shared_p
     browser_.onFinish = [this] { finished(); };
     browser_.openNewTab = [this](WebKitWebView* opener) { return manager_.openTabFor(*this, opener); };
     browser_.onSignInHandOff = [this] { manager_.waitForSignIn(*this); };
+    browser_.openBackgroundTab = [this](const Url& url) { manager_.openBackgroundTab(*this, url); };
+    browser_.onElementFullScreen = [this](bool on) {
+        if (window_) window_->setElementFullScreen(on);
+    };
     browser_.onCloseRequest = [this] { manager_.closeSoon(*this); };
     webkit_web_view_set_zoom_level(webView_.get(), manager.preferences().pageZoom());
 
@@ -97,6 +101,7 @@ void MainWindowController::openPath(std::string_view pathAndQuery) {
 }
 
 void MainWindowController::committed() {
+    hasCommitted_ = true;
     shellPatience_.reset();
     shell_ = ShellSupport::unknown;
     sentTitlebar_.reset();

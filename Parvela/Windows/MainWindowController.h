@@ -52,6 +52,9 @@ public:
     /// The page in the view, or the one that it will load; none for a view that stays empty.
     std::optional<Url> currentURL() const;
 
+    /// Some page has appeared in the view.
+    bool hasCommitted() const noexcept { return hasCommitted_; }
+
     /// Opens a page of the web app: the page's own router when it takes the path, else a load.
     void openPath(std::string_view pathAndQuery);
 
@@ -97,6 +100,7 @@ private:
     std::optional<Url> requested_;  ///< loading now or next
     std::int64_t loadedServerRevision_ = 0;
     std::vector<BoardRef> boards_;
+    bool hasCommitted_ = false;
     ShellSupport shell_ = ShellSupport::unknown;
     std::optional<NativeBridge::Titlebar> sentTitlebar_;
     Subscription serverChanged_;

@@ -24,7 +24,18 @@ WindowManager::WindowManager(GtkApplication* application, std::shared_ptr<AppMod
       desktop_(desktop),
       clock_(std::move(clock)),
       web_(paths),
-      bridge_(model_, *this) {
+      bridge_(model_, *this),
+      downloads_(web_.session(), paths.downloads) {
+    downloads_.rowsFor = [this](WebKitWebView* view) {
+        const auto* const tab = view ? controllerOf(GTK_WIDGET(view)) : nullptr;
+        const MainWindow* const window = tab && tab->window() ? tab->window() : frontWindow();
+        return window ? window->downloadRows() : nullptr;
+    };
+    downloads_.onStarted = [this](WebKitWebView* view) {
+        // A tab that was opened for nothing but the download has no page to show.
+        auto* const tab = view ? controllerOf(GTK_WIDGET(view)) : nullptr;
+        if (tab && !tab->hasCommitted()) closeSoon(*tab);
+    };
     web_.setContentFilter(contentFilterRules(model_->server.get()));
     serverChanged_ = model_->server.observe(
         [this](const ServerConfig& server) { web_.setContentFilter(contentFilterRules(server)); });
@@ -168,6 +179,13 @@ WebKitWebView* WindowManager::openTabFor(MainWindowController& controller, WebKi
     MainWindowController& tab = makeController(opener);
     controller.window()->append(tab, MainWindow::Selection::select);
     return tab.webView().get();
+}
+
+void WindowManager::openBackgroundTab(MainWindowController& controller, const Url& url) {
+    if (!controller.window()) return;
+    MainWindowController& tab = makeController(nullptr);
+    tab.load(url);
+    controller.window()->append(tab, MainWindow::Selection::keep);
 }
 
 MainWindow& WindowManager::showMainWindow() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Model/AppModel.h"
+#include "Web/Downloads.h"
 #include "Web/WebBridge.h"
 #include "Web/WebEnvironment.h"
 
@@ -35,6 +36,7 @@ public:
     ~WindowManager();
 
     WebEnvironment& web() noexcept { return web_; }
+    Downloads& downloads() noexcept { return downloads_; }
     WebBridge& bridge() noexcept { return bridge_; }
     DesktopServices& desktop() noexcept { return desktop_; }
     const Preferences& preferences() const { return model_->session.prefs(); }
@@ -54,6 +56,8 @@ public:
     /// A tab beside `controller` for a page that asked for a window; the engine loads it. None when that is not
     /// possible.
     WebKitWebView* openTabFor(MainWindowController& controller, WebKitWebView* opener);
+    /// A tab beside `controller` that does not come to the front.
+    void openBackgroundTab(MainWindowController& controller, const Url& url);
     /// Brings the window that was active last to the front; reopens the saved ones or opens one when there is none.
     MainWindow& showMainWindow();
 
@@ -121,6 +125,7 @@ private:
     std::shared_ptr<const Clock> clock_;
     WebEnvironment web_;
     WebBridge bridge_;
+    Downloads downloads_;
     std::optional<std::string> deviceId_;
     std::string deviceName_;
     std::vector<std::shared_ptr<MainWindowController>> controllers_;
