@@ -8,6 +8,7 @@ from . import programs, windows
 from .application import Application
 from .service import LocalService
 from .session import Keyring, Session, WindowManager
+from .waiting import wait_until
 
 # No test needs nearly as long; one that hangs must not hang the whole run.
 _LONGEST_TEST = 150
@@ -65,10 +66,13 @@ class DesktopTest(unittest.TestCase):
             (folder / "no-screen.txt").write_text(str(error), encoding="utf-8")
         print(f"report of {self.id()}: {folder}", flush=True)
 
-
-def link(test):
-    """Signs the demo person in inside the application's window and links the device. Returns the page."""
-    page = test.app.page(test.service.web_url)
-    page.press("Continue as")
-    page.press("Allow")
-    return page
+    def start_linked(self):
+        """Brings everything up to a linked application whose page is at home. Returns the page."""
+        self.use_service()
+        self.use_application()
+        self.app.start()
+        page = self.app.page(self.service.web_url)
+        page.press("Explore the demo")
+        page.press("Allow")
+        wait_until(self.app.stored_token, "the token in the keyring")
+        return page

@@ -1,0 +1,73 @@
+"""The application on a desktop that lacks something, or with a service that does not answer, or a page that wants out."""
+
+from harness import windows
+from harness.case import DesktopTest
+from harness.session import Keyring
+from harness.waiting import stays_true, wait_until
+
+
+class UnreachableService(DesktopTest):
+    def test_shows_why_and_recovers(self):
+        self.use_service()
+        self.service.stop()
+        self.use_application()
+        self.app.start()
+        window = self.app.wait_for_window()
+        windows.wait_until_painted(window)
+        page = self.app.page()
+        page.wait_for_text("Try again")
+        self.service.start()
+        page.press("Try again")
+        self.app.page(self.service.web_url).wait_for_text("Sign in to Parvela")
+
+
+class NoKeyring(DesktopTest):
+    keyring = Keyring.absent
+
+    def test_the_page_works_and_a_refused_link_is_said_plainly(self):
+        self.use_service()
+        self.use_application()
+        self.app.start()
+        page = self.app.page(self.service.web_url)
+        page.press("Explore the demo")
+        page.press("Allow")
+        self.accessibility().wait_for(contains="Couldn't save to the Keychain (error -")
+        self.assertEqual([], [key for key in self.app.settings() if key.startswith(("linkInfo|", "linkedAPI|"))])
+        self.assertTrue(self.app.process.running())
+
+
+class LockedKeyring(DesktopTest):
+    keyring = Keyring.locked
+
+    def test_the_start_neither_waits_nor_asks_for_a_password(self):
+        self.use_service()
+        self.use_application()
+        self.app.start()
+        page = self.app.page(self.service.web_url)
+        page.wait_for_text("Sign in to Parvela")
+        stays_true(lambda: all("parvela" in str(window.wm_class).lower() for window in windows.windows(self.session)),
+                   "only Parvela's own windows are there", duration=1.5)
+
+
+class Boundary(DesktopTest):
+    def test_foreign_pages_open_in_the_browser_and_the_window_stays(self):
+        self.use_service()
+        self.use_application()
+        self.app.start()
+        page = self.app.page(self.service.web_url)
+        page.wait_for_text("Sign in to Parvela")
+        page.evaluate("location.assign('https://elsewhere.example/path?q=1')")
+        wait_until(lambda: self.session.browser_urls() == ["https://elsewhere.example/path?q=1"], "the browser to be asked")
+        self.assertTrue(page.url.startswith(self.service.web_url))
+
+    def test_only_the_web_apps_own_main_frame_may_link(self):
+        """A frame of another origin inside the page never gets at the message handler."""
+        self.use_service()
+        self.use_application()
+        self.app.start()
+        page = self.app.page(self.service.web_url)
+        page.wait_for_text("Sign in to Parvela")
+        self.assertEqual("object", page.evaluate("typeof webkit.messageHandlers.parvela"))
+        page.evaluate("""(() => { const frame = document.createElement('iframe'); frame.src = 'about:blank';
+            document.body.append(frame); window.insideHandler = typeof frame.contentWindow.webkit; })()""")
+        self.assertEqual("undefined", page.evaluate("window.insideHandler"))
