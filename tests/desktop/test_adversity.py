@@ -18,7 +18,7 @@ class UnreachableService(DesktopTest):
         page.wait_for_text("Try again")
         self.service.start()
         page.press("Try again")
-        self.app.page(self.service.web_url).wait_for_text("Sign in to Parvela")
+        page.wait_for_text("Sign in to Parvela")
 
 
 class NoKeyring(DesktopTest):

@@ -109,22 +109,22 @@ def colours(pixels, step=101):
     return len({pixels[index:index + 3] for index in range(0, len(pixels) - 2, 3 * step)})
 
 
+def _pieces_that_differ(before, after, size=600):
+    return sum(before[start:start + size] != after[start:start + size] for start in range(0, len(after), size))
+
+
 def wait_until_painted(window, timeout=60.0, least_colours=12):
     """Waits until the window shows content that has come to rest, and returns its pixels.
 
     A window whose page is still loading is one flat colour, or has a few for its buttons; a page has text, whose smooth edges
-    alone give dozens of shades. Three equal looks in a row are rest; something that blinks for ever ends the wait as well,
-    once the time for it has passed.
+    alone give dozens of shades. Three looks in a row that are alike, but for something as small as a blinking caret, are rest.
     """
     looks = []
 
     def at_rest():
+        looks[:-2] = []
         looks.append(window.pixels())
-        return (colours(looks[-1]) >= least_colours and len(looks) >= 3 and looks[-1] == looks[-2] == looks[-3] and looks[-1])
+        return (len(looks) == 3 and colours(looks[-1]) >= least_colours
+                and all(len(one) == len(looks[-1]) and _pieces_that_differ(one, looks[-1]) <= 40 for one in looks) and looks[-1])
 
-    try:
-        return wait_until(at_rest, "a painted page", timeout, interval=0.25)
-    except TimedOut:
-        if looks and colours(looks[-1]) >= least_colours:
-            return looks[-1]
-        raise
+    return wait_until(at_rest, "a painted page at rest", timeout, interval=0.25)
