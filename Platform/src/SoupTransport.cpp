@@ -82,7 +82,7 @@ std::optional<std::string> gunzipped(std::string_view zipped, std::size_t limit)
 
 /// Whether a chunked body ended without its last chunk.
 ///
-/// libsoup before 3.5 takes the end of the connection for the end of a chunked body. Its body stream knows better: once
+/// libsoup 3.2 takes the end of the connection for the end of a chunked body. Its body stream knows better: once
 /// the last chunk was read it answers reads without touching the connection, and before that a read with a cancelled
 /// token fails.
 bool isCutShort(GInputStream* stream) {

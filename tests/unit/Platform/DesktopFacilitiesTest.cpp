@@ -1,5 +1,6 @@
 #include "BusPeer.h"
 #include "PrivateBus.h"
+#include "PrivateDisplay.h"
 
 #include <Platform/FileRevealer.h>
 #include <Platform/GlobalShortcutsPortal.h>
@@ -40,6 +41,11 @@ protected:
 
 testing::PrivateBus* DesktopFacilities::bus = nullptr;
 dbus::Bus* DesktopFacilities::session = nullptr;
+
+VariantPtr ask(const std::string& name, const char* path, const char* interface, const char* method, GVariant* values) {
+    dbus::Bus bus = dbus::Bus::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    return runUntilDone(dbus::call(bus, {name, path, interface}, method, values));
+}
 
 // ---- Notifications
 
@@ -177,6 +183,31 @@ TEST_F(DesktopFacilities, withoutAServiceNotificationsAreDropped) {
     EXPECT_EQ(daemon.shown[0].title, "B");
 }
 
+TEST_F(DesktopFacilities, aRealNotificationServiceShowsReplacesAndActivates) {
+    const testing::PrivateDisplay display;
+    const auto dunst = bus->startNotifications(display.name());
+    const auto displayed = [] {
+        const auto answer =
+            ask(notificationsInterface, "/org/freedesktop/Notifications", "org.freedesktop.DBus.Properties", "Get",
+                g_variant_new("(ss)", "org.dunstproject.cmd0", "displayedLength"));
+        return answer ? std::string(CharPtr(g_variant_print(answer.get(), FALSE)).get()) : std::string();
+    };
+    std::vector<std::string> clicked;
+    NotificationService service({"Parvela", "app.parvela.Parvela"});
+    service.onActivated = [&](const std::string& identifier, const auto&) { clicked.push_back(identifier); };
+    service.post({"daily-summary", "1 task due today", "Tom & <Jerry>"});
+    ASSERT_TRUE(waitFor([&] { return displayed() == "(<uint32 1>,)"; })) << displayed();
+    service.post({"daily-summary", "2 tasks due today", "a\nb"});
+    service.post({"download", "Saved", "report.pdf"});
+    ASSERT_TRUE(waitFor([&] { return displayed() == "(<uint32 2>,)"; })) << displayed();
+    service.withdraw("download");
+    ASSERT_TRUE(waitFor([&] { return displayed() == "(<uint32 1>,)"; })) << displayed();
+    EXPECT_TRUE(ask(notificationsInterface, "/org/freedesktop/Notifications", "org.dunstproject.cmd0",
+                    "NotificationAction", g_variant_new("(u)", 0U)));
+    ASSERT_TRUE(waitFor([&] { return !clicked.empty(); }));
+    EXPECT_THAT(clicked, ElementsAre("daily-summary"));
+}
+
 // ---- Tray
 
 /// A tray that knows of items, and may or may not show them.
@@ -203,11 +234,6 @@ private:
                   },
                   [this](const std::string&) { return g_variant_new_boolean(hosted); }};
 };
-
-VariantPtr ask(const std::string& name, const char* path, const char* interface, const char* method, GVariant* values) {
-    dbus::Bus bus = dbus::Bus::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
-    return runUntilDone(dbus::call(bus, {name, path, interface}, method, values));
-}
 
 std::map<std::string, std::string> itemProperties(const std::string& name) {
     std::map<std::string, std::string> result;

@@ -1,17 +1,14 @@
 #include "BusPeer.h"
+#include "PrivateDisplay.h"
 
 #include <Platform/KeyCode.h>
 #include <Platform/MainLoop.h>
 #include <Platform/X11HotKeys.h>
 
 #include <chrono>
-#include <csignal>
-#include <cstdio>
-#include <stdexcept>
+#include <cstdlib>
+#include <functional>
 #include <string>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace parvela {
 namespace {
@@ -36,42 +33,20 @@ TEST(KeyCode, placesOfKeysTranslateBothWays) {
     EXPECT_EQ(keys, 100);
 }
 
-/// A display of its own, without a window manager.
 class X11HotKeysTest : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        int number[2];
-        if (pipe(number) != 0) throw std::runtime_error("no pipe");
-        server = fork();
-        if (server == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            const std::string descriptor = std::to_string(number[1]);
-            execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "640x480x24", "-nolisten", "tcp",
-                   "-noreset", nullptr);
-            _exit(127);
-        }
-        close(number[1]);
-        std::string display = ":";
-        for (char c = 0; read(number[0], &c, 1) == 1 && c != '\n';) display += c;
-        close(number[0]);
-        if (display.size() < 2) throw std::runtime_error("Xvfb did not start");
-        setenv("DISPLAY", display.c_str(), 1);
-    }
-
-    static void TearDownTestSuite() {
-        kill(server, SIGTERM);
-        waitpid(server, nullptr, 0);
-    }
+    static void SetUpTestSuite() { display = new testing::PrivateDisplay; }
+    static void TearDownTestSuite() { delete display; }
 
     /// Presses real keys.
     static void type(const std::string& arguments) { ASSERT_EQ(std::system(("xdotool " + arguments).c_str()), 0); }
 
-    static pid_t server;
+    static testing::PrivateDisplay* display;
     int presses = 0;
     std::function<void()> count = [this] { ++presses; };
 };
 
-pid_t X11HotKeysTest::server = -1;
+testing::PrivateDisplay* X11HotKeysTest::display = nullptr;
 
 constexpr HotKey controlOptionSpace{.keyCode = 49, .modifiers = 6144};
 

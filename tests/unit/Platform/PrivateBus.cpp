@@ -113,4 +113,14 @@ Child PrivateBus::startKeyring() const {
     return keyring;
 }
 
+Child PrivateBus::startNotifications(const std::string& display) const {
+    const auto settings = folder_.path() / "dunstrc";
+    std::ofstream(settings) << "[global]\nfont = Sans 10\n[urgency_normal]\ntimeout = 0\n";
+    auto variables = environment();
+    variables.push_back("DISPLAY=" + display);
+    Child dunst({"dunst", "-conf", settings.string()}, variables, "");
+    waitForOwner("org.freedesktop.Notifications", true);
+    return dunst;
+}
+
 }  // namespace parvela::testing

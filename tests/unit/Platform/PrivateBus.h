@@ -48,6 +48,8 @@ public:
 
     /// gnome-keyring with an unlocked "login" keyring.
     Child startKeyring() const;
+    /// dunst, which shows notifications on this display.
+    Child startNotifications(const std::string& display) const;
 
     const std::filesystem::path& folder() const { return folder_.path(); }
 
