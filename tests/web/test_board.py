@@ -147,6 +147,48 @@ class Views(WebCase):
         self.browser.keys("Shift+ArrowRight")
         wait_until(lambda: self.card(title)["due_date"] == f"{day[:8]}{int(day[8:]) + 1:02}", "the task to be due a day later")
 
+    def test_fields_are_changed_in_the_table(self):
+        title = "Photograph the workshop"
+        self.open(BOARD + "?view=table")
+        row = f"tr:has([aria-label='Done: {title}'])"
+        self.browser.click(f"{row} button", "Priority")
+        self.browser.click("[role=menuitemradio]", "Low", exact=False)
+        self.browser.click(f"{row} button", "Assignees")
+        self.browser.click("[popover] label", "Jonas Lind")
+        self.browser.keys("Escape")
+        self.browser.click(f"{row} button", "Due date")
+        self.browser.click("[popover] button", "Clear", exact=True)
+        wait_until(lambda: (self.card(title)["priority"], self.card(title).get("due_date")) == ("low", None), "the fields to be saved")
+        self.assertIn("Jonas Lind", self.card(title)["assignees"])
+
+    def test_the_timeline_moves_a_task_by_keys(self):
+        title = "Set up redirects for old addresses"
+        key = self.card(title)["key"]
+        self.person().call("PATCH", f"/api/v1/tasks/{key}", {"start_date": "2026-11-10", "due_date": "2026-11-12"})
+        self.open(BOARD + "?view=timeline")
+        self.browser.js("arguments[0].focus()", self.browser.one(f".bar[data-key={key}]"))
+        self.browser.keys("Shift+ArrowLeft")
+        wait_until(lambda: (self.card(title)["start_date"], self.card(title)["due_date"]) == ("2026-11-09", "2026-11-11"),
+                   "both dates to move")
+
+    def test_a_board_is_edited_and_deleted(self):
+        self.open("/boards")
+        self.browser.click("button", "New board")
+        self.browser.type_into("dialog input", "Short-lived", name="Name")
+        self.browser.click("dialog input", "Berry")
+        self.browser.type_into("dialog input", "Trials", name="Section")
+        self.browser.click("dialog button", "Create board")
+        self.browser.one("h1", "Short-lived")
+        board = next(entry for entry in self.person().boards() if entry["name"] == "Short-lived")
+        self.assertEqual((board["color"], board["section"]), ("#C23D7E", "Trials"))
+        self.browser.click("button", "Star this board")
+        self.browser.one("nav section[aria-label=Starred] a", "Short-lived")
+        self.browser.click("button", "Board menu")
+        self.browser.click("[role=menuitem]", "Delete board")
+        self.browser.click("dialog button", "Delete board")
+        self.browser.wait_path("/boards")
+        self.browser.gone("nav a", "Short-lived")
+
     def test_the_filter_hides_and_says_so(self):
         self.open(BOARD)
         mine = {card["title"] for card in self.person().cards("brd_1") if "Rosa Diaz" in card["assignees"]}

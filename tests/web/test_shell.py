@@ -98,6 +98,27 @@ class Linking(ShellCase):
         self.browser.wait_text("#main", "Robin's Mac")
         self.browser.wait_text("#main", "This Mac")
 
+    def test_the_answer_given_in_one_window_counts_for_all(self):
+        self.open()
+        self.browser.one("dialog h2", "Link this Mac?")
+        first = self.browser.new_tab()
+        self.browser.shell(**self.shell)
+        self.open()
+        self.browser.click("dialog button", "Not Now")
+        self.browser.close_tab(first)
+        self.browser.gone("dialog")
+
+    def test_revoking_this_devices_token_unlinks(self):
+        self.open("/settings")
+        self.browser.click("dialog button", "Allow", exact=True)
+        self.wait_posted("link", {"workspaceId": "wsp_1"})
+        self.assertTrue(self.send(type="navigate", path="/settings/developers"))
+        self.browser.click("#main button", "Revoke Robin's Mac")
+        self.browser.click("dialog button", "Unlink", exact=True)
+        self.browser.gone(".token-row")
+        self.wait_posted("unlinked", {})
+        self.assertEqual(self.person().tokens(), [])
+
     def test_not_now_is_remembered_until_the_app_asks(self):
         self.open()
         self.browser.click("dialog button", "Not Now")

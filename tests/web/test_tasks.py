@@ -165,6 +165,28 @@ class Finishing(WebCase):
         self.browser.keys("z")
         wait_until(lambda: not self.card(title)["done"], "the task to be open again")
 
+    def test_a_refused_change_is_taken_back_and_said(self):
+        self.expected.append("status of 500")
+        self.open("/my")
+        title = "Second interview with Alex"
+        self.browser.js("""
+          const send = window.fetch;
+          window.fetch = (path, options) => options.method === 'PATCH'
+            ? Promise.resolve(new Response('{"error":{"message":"The disk is full."}}', { status: 500 })) : send(path, options);""")
+        self.browser.click("#main [role=checkbox]", f"Done: {title}")
+        self.browser.one(".toast-error", "The disk is full.")
+        self.browser.one("#main [role=checkbox][aria-checked=false]", f"Done: {title}")
+        self.assertFalse(self.card(title)["done"])
+
+    def test_arrows_walk_the_list_and_x_finishes(self):
+        self.open("/my")
+        titles = self.browser.texts(".task-row-title")
+        self.browser.js("document.querySelector('.task-row-title').focus()")
+        self.browser.keys("ArrowDown", "ArrowDown", "ArrowUp")
+        self.assertEqual(self.browser.focused(), titles[1])
+        self.browser.keys("x")
+        wait_until(lambda: self.card(titles[1])["done"], "the task to be done")
+
     def test_delete_can_be_taken_back(self):
         title = "Measure page weight on a slow phone"
         card = self.card(title)

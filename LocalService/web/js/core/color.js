@@ -19,14 +19,18 @@ export const BOARD_COLORS = [
 /** @param {unknown} color @returns {string} */
 export const safeColor = (color) => (/^#[0-9a-f]{6}$/i.test(String(color ?? '')) ? color : NEUTRAL);
 
-/** Black or white, whichever reads better on the colour (WCAG relative luminance). @param {string} color */
+/**
+ * Black or white, whichever reads better on the colour (WCAG relative luminance): with pure black one of them always
+ * reaches a contrast of 4.5.
+ * @param {string} color
+ */
 export function inkOn(color) {
   const hex = safeColor(color);
   const [red, green, blue] = [1, 3, 5].map((at) => {
     const part = parseInt(hex.slice(at, at + 2), 16) / 255;
     return part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4;
   });
-  return 0.2126 * red + 0.7152 * green + 0.0722 * blue > 0.179 ? '#121514' : '#FFFFFF';
+  return 0.2126 * red + 0.7152 * green + 0.0722 * blue > 0.179 ? '#000000' : '#FFFFFF';
 }
 
 const TONES = ['gray', 'red', 'orange', 'yellow', 'green', 'teal', 'blue', 'purple', 'pink'];

@@ -14,6 +14,16 @@ const declinedName = (workspaceId) => `link.declined.${workspaceId}`;
 /** @param {string} workspaceId */
 export const wasDeclined = (workspaceId) => recall(declinedName(workspaceId)) === native?.deviceId;
 
+/**
+ * Calls back when the question is declined in another window.
+ * @param {string} workspaceId @param {() => void} handler @returns {() => void} stops listening
+ */
+export function onLinkDeclined(workspaceId, handler) {
+  const onStorage = () => wasDeclined(workspaceId) && handler();
+  addEventListener('storage', onStorage);
+  return () => removeEventListener('storage', onStorage);
+}
+
 /** Not asked again on this device until the person asks for it. */
 export function declineLink(workspaceId) {
   remember(declinedName(workspaceId), native.deviceId);

@@ -1,7 +1,7 @@
 /** Asks whether the desktop app on this machine may use the person's account, and links it. */
 import { html, useEffect, useState } from '../view.js';
 import { linkedWorkspace, native, onNative } from '../core/native.js';
-import { declineLink, linkDevice, wasDeclined } from '../core/link.js';
+import { declineLink, linkDevice, onLinkDeclined, wasDeclined } from '../core/link.js';
 import { useStore } from '../core/store.js';
 import { toast } from '../core/toasts.js';
 import { Dialog } from '../ui/dialog.js';
@@ -13,6 +13,7 @@ export function LinkPrompt({ workspace }) {
   const linked = useStore(linkedWorkspace);
   const [open, setOpen] = useState(() => native !== null && linked !== workspace.id && !wasDeclined(workspace.id));
   useEffect(() => onNative('requestLink', () => (setOpen(true), true)), []);
+  useEffect(() => onLinkDeclined(workspace.id, () => setOpen(false)), [workspace.id]);
   useEffect(() => {
     // Another window of this app may have asked first.
     if (linked === workspace.id) setOpen(false);

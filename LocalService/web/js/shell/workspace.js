@@ -1,12 +1,14 @@
 /** The signed-in app: header band, sidebar, the page, and what lies over them. */
 import { html, useEffect, useRef, useState } from '../view.js';
 import { startLive } from '../core/live.js';
+import { day, watchDay } from '../core/day.js';
 import { listenForKeys } from '../core/keys.js';
 import { onNative } from '../core/native.js';
 import { recall, remember } from '../core/local.js';
 import { overlay } from '../core/overlay.js';
 import { useStore } from '../core/store.js';
 import { announce } from '../core/announce.js';
+import { walkRows } from '../ui/row-keys.js';
 import { ToastStack } from '../ui/toast-stack.js';
 import { PageView } from '../pages/page.js';
 import { Header } from './header.js';
@@ -38,6 +40,8 @@ export function Workspace({ current, route }) {
     announce(sidebarOpen ? 'Sidebar hidden.' : 'Sidebar shown.');
   };
 
+  useStore(day);
+  useEffect(() => watchDay(), []);
   useEffect(() => startLive(), []);
   useEffect(() => listenForKeys(() => globalShortcuts(() => toggleSidebar.current())), []);
   useEffect(() => onNative('toggleSidebar', () => (toggleSidebar.current(), true)), []);
@@ -68,7 +72,7 @@ export function Workspace({ current, route }) {
     <${Header} current=${current} route=${route} sidebarOpen=${sidebarOpen} toggleSidebar=${() => toggleSidebar.current()} />
     <${Sidebar} route=${route} hidden=${!sidebarOpen} />
     ${narrow && sidebarOpen && html`<div class="drawer-scrim" onClick=${() => setDrawerOpen(false)}></div>`}
-    <main ref=${main} id="main" class="sheet" tabindex="-1">
+    <main ref=${main} id="main" class="sheet" tabindex="-1" onKeyDown=${walkRows}>
       <${OfflineBanner} />
       <${PageView} route=${route} current=${current} />
     </main>

@@ -188,7 +188,7 @@ function ChoiceList({ label, placeholder, options, value, onChange, onCreate, dr
       autofocus
       aria-label=${placeholder}
       placeholder=${placeholder}
-      maxlength="60"
+      maxlength="50"
       value=${filter}
       onInput=${(event) => setFilter(event.currentTarget.value)}
       onKeyDown=${(event) => {

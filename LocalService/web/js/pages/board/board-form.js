@@ -1,9 +1,10 @@
-/** Name, colour, section and privacy of a board, new or known. */
+/** Name, description, colour, section and privacy of a board, new or known. */
 import { html, useState } from '../../view.js';
 import { BOARD_COLORS, safeColor } from '../../core/color.js';
 import { useBoards } from '../../core/data.js';
 import { Dialog } from '../../ui/dialog.js';
 import { useSubmit } from '../../ui/form.js';
+import { GrowArea } from '../../ui/grow-area.js';
 
 /**
  * @param {{ title: string, action: string, board?: any, onSave: (values: any) => Promise<void>, onClose: () => void }} props
@@ -11,6 +12,7 @@ import { useSubmit } from '../../ui/form.js';
 export function BoardForm({ title, action, board, onSave, onClose }) {
   const [values, setValues] = useState(() => ({
     name: board?.name ?? '',
+    description: board?.description ?? '',
     color: safeColor(board?.color ?? BOARD_COLORS[0].hex),
     section: board?.section ?? '',
     private: board?.private ?? false,
@@ -18,7 +20,7 @@ export function BoardForm({ title, action, board, onSave, onClose }) {
   const sections = [...new Set((useBoards().data?.boards ?? []).map((entry) => entry.section).filter(Boolean))];
   const change = (part) => setValues((now) => ({ ...now, ...part }));
   const { busy, error, submit } = useSubmit(async () => {
-    await onSave({ ...values, name: values.name.trim(), section: values.section.trim() || null });
+    await onSave({ ...values, name: values.name.trim(), description: values.description.trim(), section: values.section.trim() || null });
     onClose();
   });
   return html`<${Dialog} title=${title} class="dialog-small" onClose=${onClose}>
@@ -26,6 +28,15 @@ export function BoardForm({ title, action, board, onSave, onClose }) {
       <label class="field">
         <span>Name</span>
         <input class="input" required maxlength="200" autofocus value=${values.name} onInput=${(event) => change({ name: event.currentTarget.value })} />
+      </label>
+      <label class="field">
+        <span>Description <small class="faint">optional</small></span>
+        <${GrowArea}
+          class="input"
+          maxlength="5000"
+          value=${values.description}
+          onInput=${(event) => change({ description: event.currentTarget.value })}
+        />
       </label>
       <fieldset class="field">
         <legend>Colour</legend>

@@ -82,7 +82,8 @@ export function BoardPage({ route, current }) {
 function Shown({ view, data, filter, clear, current }) {
   const tasks = useMemo(() => data.tasks.filter((task) => passes(filter, task)), [data.tasks, filter]);
   const hidden = data.tasks.length - tasks.length;
-  return html`${hidden > 0 &&
+  return html`${data.more && html`<p class="filter-note" role="status">This board holds more tasks than are shown here. Search finds them all.</p>`}
+    ${hidden > 0 &&
     html`<p class="filter-note" role="status">
       ${hidden === 1 ? '1 task is' : `${hidden} tasks are`} filtered out.
       <button type="button" class="link-button" onClick=${clear}>Show all</button>

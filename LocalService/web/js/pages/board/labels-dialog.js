@@ -77,7 +77,7 @@ function LabelForm({ label, action, onSave, onCancel }) {
   const { busy, error, submit } = useSubmit(() => onSave({ name: name.trim(), tone }));
   return html`<li>
     <form class="form label-form" onSubmit=${submit}>
-      <input class="input" aria-label="Label name" required maxlength="60" autofocus value=${name} onInput=${(event) => setName(event.currentTarget.value)} />
+      <input class="input" aria-label="Label name" required maxlength="50" autofocus value=${name} onInput=${(event) => setName(event.currentTarget.value)} />
       <div class="swatches" role="radiogroup" aria-label="Tone">
         ${LABEL_TONES.map(
           (entry) => html`<label key=${entry} class="swatch swatch-tone ${toneClass(entry)}" title=${entry}>
