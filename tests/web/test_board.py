@@ -83,7 +83,6 @@ class Moving(WebCase):
     def test_a_card_in_the_completion_list_is_done(self):
         self.open(BOARD)
         title = self._order("Backlog")[-1]
-        x, y = self.browser.middle(self.browser.one("section[aria-label=Review] .column-head"))
         self._focus(title)
         self.browser.keys("Space", "ArrowRight", "ArrowRight", "ArrowRight", "Space")
         wait_until(lambda: self.card(title)["done"], "the card to be done")

@@ -27,12 +27,6 @@ export function today(now = new Date()) {
   return dateText(now.getFullYear(), now.getMonth() + 1, now.getDate());
 }
 
-/** @param {string} text @returns {boolean} whether it names a day that exists */
-export function isDate(text) {
-  const match = /^(\d{4})-(\d{2})-(\d{2})$/.exec(text ?? '');
-  return match !== null && fromNumber(dayNumber(text)) === text;
-}
-
 /** Days since 1970-01-01. @param {string} text */
 export function dayNumber(text) {
   const [year, month, day] = text.split('-').map(Number);

@@ -8,11 +8,11 @@ import { Avatar } from '../ui/bits.js';
 import { Icon } from '../ui/icon.js';
 import { Dropdown, MenuItem, MenuLink } from '../ui/popover.js';
 
-/** Signs out everywhere this browser profile is used; the shell's token goes with it. */
+/** Signs out in all windows; the desktop app's token goes with the session, but not while the service can't be reached. */
 export async function leave() {
   try {
-    forgetLink();
     await signOut();
+    forgetLink();
   } catch (error) {
     toastError(error);
   }

@@ -31,7 +31,7 @@ export function OfflineBanner() {
   };
   return html`<div class="banner" role="alert">
     <${Icon} name="offline" size=${18} />
-    <span class="grow">Parvela can't be reached. You see what was loaded last; trying again by itself.</span>
+    <span class="grow">Parvela can't be reached. You see what was loaded last. It tries again by itself.</span>
     <button type="button" class="button button-small" disabled=${trying} onClick=${retry}>Try now</button>
   </div>`;
 }

@@ -104,7 +104,7 @@ export function TimelineView({ board, tasks }) {
         ({ list, cards }) => html`<section key=${list.id} aria-label=${list.name}>
           <h2 class="timeline-group"><span class="truncate">${list.name}</span></h2>
           <ul>
-            ${cards.map((task) => html`<${TimelineRow} key=${task.key} task=${task} at=${at} first=${first} />`)}
+            ${cards.map((task) => html`<${TimelineRow} key=${task.key} task=${task} at=${at} />`)}
           </ul>
         </section>`,
       )}
