@@ -1,7 +1,8 @@
 #include "ParseCommand.h"
 
+#include <ParvelaKit/QuickAddJson.h>
 #include <ParvelaKit/QuickAddParser.h>
-#include <ParvelaKit/Text.h>
+#include <ParvelaKit/QuickAddReport.h>
 #include <Platform/SystemClock.h>
 
 #include <cerrno>
@@ -16,63 +17,14 @@ namespace parvela {
 
 namespace {
 
-using nlohmann::json;
-
 constexpr std::size_t longestLine = std::size_t{1024} * 1024;
 constexpr std::size_t readSize = std::size_t{64} * 1024;
 
-std::string_view freqName(QuickAddRepeat::Freq freq) {
-    switch (freq) {
-        case QuickAddRepeat::Freq::daily:
-            return "daily";
-        case QuickAddRepeat::Freq::weekdays:
-            return "weekdays";
-        case QuickAddRepeat::Freq::weekly:
-            return "weekly";
-        case QuickAddRepeat::Freq::monthly:
-            return "monthly";
+void show(std::string_view report, const Console& console) {
+    for (std::size_t end = report.find('\n'); end != std::string_view::npos; end = report.find('\n')) {
+        console.line(report.substr(0, end));
+        report.remove_prefix(end + 1);
     }
-    return {};
-}
-
-template <class T>
-json orNull(const std::optional<T>& value) {
-    return value ? json(*value) : json();
-}
-
-json toJson(const QuickAddResult& result) {
-    json tokens = json::array();
-    for (const QuickAddToken& token : result.tokens) {
-        tokens.push_back({{"start", token.start},
-                          {"end", token.end},
-                          {"kind", QuickAdd::kindName(token.kind)},
-                          {"value", token.value},
-                          {"display", token.display}});
-    }
-    json repeat;
-    if (result.repeat) {
-        repeat = {{"freq", freqName(result.repeat->freq)},
-                  {"weekdays", orNull(result.repeat->weekdays)},
-                  {"monthDay", orNull(result.repeat->monthDay)}};
-    }
-    return {{"title", result.title},
-            {"assigneeIds", result.assigneeIds},
-            {"labelIds", result.labelIds},
-            {"priority", QuickAdd::apiString(result.priority)},
-            {"dueDate", orNull(result.dueDate)},
-            {"dueTime", orNull(result.dueTime)},
-            {"repeat", std::move(repeat)},
-            {"tokens", std::move(tokens)}};
-}
-
-void show(const QuickAddResult& result, const Console& console) {
-    std::vector<Console::Row> rows{{{"title", Console::Style::dim}, {result.title}}};
-    for (const QuickAddToken& token : result.tokens) {
-        rows.push_back({{std::string(QuickAdd::kindName(token.kind)), Console::Style::dim},
-                        {token.display},
-                        {token.value == token.display ? "" : token.value, Console::Style::dim}});
-    }
-    console.table(rows);
 }
 
 /// One input line, without its line break, as one output line.
@@ -82,7 +34,9 @@ std::string answerTo(std::string_view input) {
     if (tab == std::string_view::npos || !day) return R"({"error":"expected YYYY-MM-DD, a tab and a line"})";
     const auto result =
         QuickAdd::parse(input.substr(tab + 1), QuickAddContext{.today = *day, .members = {}, .labels = {}});
-    return toJson(result).dump(-1, ' ', false, json::error_handler_t::replace);
+    std::string answer;
+    QuickAdd::appendJson(answer, result);
+    return answer;
 }
 
 /// Gives standard input line by line, and tells when the next line is not there yet.
@@ -157,9 +111,11 @@ ExitStatus parseLines(const ParseOptions& options, const Console& console) {
     if (options.line.size() > longestLine) return console.fail("The line is too long.", ExitStatus::usage);
     const auto result = QuickAdd::parse(options.line, QuickAddContext{.today = *today, .members = {}, .labels = {}});
     if (options.json) {
-        console.json(toJson(result));
+        std::string text;
+        QuickAdd::appendJson(text, result);
+        console.json(nlohmann::json::parse(text));
     } else {
-        show(result, console);
+        show(QuickAdd::report(options.line, result, *today), console);
     }
     return ExitStatus::success;
 }
