@@ -61,7 +61,7 @@ Endpoint Endpoint::tasks(const TaskListOptions& options) {
     std::vector<QueryItem> query;
     if (options.mine) query.push_back({"mine", "1"});
     if (options.due) query.push_back({"due", std::string(json::textOf(*options.due))});
-    if (options.board) query.push_back({"board", *options.board});
+    if (options.board) query.push_back({"board", options.board});
     if (options.includeDone) query.push_back({"include_done", "1"});
     return get(segments("tasks"), std::move(query));
 }

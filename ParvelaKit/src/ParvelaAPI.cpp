@@ -27,12 +27,12 @@ APIFailure failureFor(TransportError error) {
     return APIError::offline();
 }
 
-APIError errorFor(HttpResponse response) {
+APIError errorFor(const HttpResponse& response) {
     const int status = response.status;
     if (status == 401) return APIError::unauthorized();
     if (status == 429) return APIError::rateLimited(ParvelaAPI::retryAfterSeconds(response.header("Retry-After")));
 
-    std::string message = json::decodeErrorMessage(std::move(response.body));
+    std::string message = json::decodeErrorMessage(response.body);
     switch (status) {
         case 400:
         case 409:
@@ -95,7 +95,7 @@ Task<Result<std::string, APIFailure>> ParvelaAPI::exchange(Result<HttpRequest, A
     auto transfer = transport(*std::move(request), stop);
     auto response = co_await transfer;
     if (!response) co_return Failure(failureFor(response.error()));
-    if (response->status < 200 || response->status > 299) co_return Failure<APIFailure>(errorFor(*std::move(response)));
+    if (response->status < 200 || response->status > 299) co_return Failure<APIFailure>(errorFor(*response));
     co_return std::move(response->body);
 }
 

@@ -13,11 +13,12 @@ std::optional<std::vector<std::string>> unlessEmpty(std::vector<std::string> ids
 }
 
 NewTask newTask(QuickAddResult parsed, const QuickAddSubmission& submission) {
+    if (submission.dueDate) parsed.dueDate = submission.dueDate;
     return {.board = submission.board,
             .title = std::move(parsed.title),
             .description = submission.description,
             .assignees = unlessEmpty(std::move(parsed.assigneeIds)),
-            .dueDate = submission.dueDate ? submission.dueDate : std::move(parsed.dueDate),
+            .dueDate = std::move(parsed.dueDate),
             .dueTime = std::move(parsed.dueTime),
             .priority = std::string(QuickAdd::apiString(submission.priority.value_or(parsed.priority))),
             .labels = unlessEmpty(std::move(parsed.labelIds))};

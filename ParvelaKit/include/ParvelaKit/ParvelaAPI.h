@@ -51,7 +51,7 @@ private:
     static Task<Result<T, APIFailure>> decoded(Task<Result<std::string, APIFailure>> exchange) {
         auto body = co_await exchange;
         if (!body) co_return Failure<APIFailure>(std::move(body.error()));
-        auto record = json::decode<T>(std::move(*body));
+        auto record = json::decode<T>(*body);
         if (!record) co_return Failure<APIFailure>(APIError::invalidResponse());
         co_return std::move(*record);
     }

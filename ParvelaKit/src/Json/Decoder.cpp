@@ -146,7 +146,7 @@ private:
     }
 
     std::array<std::size_t, Layout<T>::count> guesses_ = [] {
-        std::array<std::size_t, Layout<T>::count> declared;
+        std::array<std::size_t, Layout<T>::count> declared{};
         for (std::size_t i = 0; i < declared.size(); ++i) declared[i] = i;
         return declared;
     }();
@@ -197,7 +197,7 @@ bool read(const element& json, std::vector<T>& values) {
 }  // namespace
 
 template <Record T>
-std::optional<T> decode(std::string document) {
+std::optional<T> decode(const std::string& document) {
     simdjson::dom::parser parser;
     element root;
     T record;
@@ -205,7 +205,7 @@ std::optional<T> decode(std::string document) {
     return record;
 }
 
-std::string decodeErrorMessage(std::string body) {
+std::string decodeErrorMessage(const std::string& body) {
     simdjson::dom::parser parser;
     simdjson::dom::object root;
     if (parser.parse(body).get(root) != simdjson::SUCCESS) return {};
@@ -222,33 +222,33 @@ std::string decodeErrorMessage(std::string body) {
     return message;
 }
 
-template std::optional<Board> decode(std::string);
-template std::optional<BoardDetail> decode(std::string);
-template std::optional<BoardList> decode(std::string);
-template std::optional<BoardSummary> decode(std::string);
-template std::optional<BoardsResponse> decode(std::string);
-template std::optional<ChangedResponse> decode(std::string);
-template std::optional<ChecklistTick> decode(std::string);
-template std::optional<CommentDraft> decode(std::string);
-template std::optional<CommentResponse> decode(std::string);
-template std::optional<HomeData> decode(std::string);
-template std::optional<LabelTag> decode(std::string);
-template std::optional<Me> decode(std::string);
-template std::optional<NewTask> decode(std::string);
-template std::optional<NotificationItem> decode(std::string);
-template std::optional<NotificationMark> decode(std::string);
-template std::optional<NotificationsResponse> decode(std::string);
-template std::optional<OKResponse> decode(std::string);
-template std::optional<PeopleResponse> decode(std::string);
-template std::optional<Person> decode(std::string);
-template std::optional<PushRegistration> decode(std::string);
-template std::optional<PushRemoval> decode(std::string);
-template std::optional<SearchResponse> decode(std::string);
-template std::optional<TaskDetail> decode(std::string);
-template std::optional<TaskDetail::Timer> decode(std::string);
-template std::optional<TaskEdit> decode(std::string);
-template std::optional<TaskPatch> decode(std::string);
-template std::optional<TaskSummary> decode(std::string);
-template std::optional<TasksResponse> decode(std::string);
+template std::optional<Board> decode(const std::string&);
+template std::optional<BoardDetail> decode(const std::string&);
+template std::optional<BoardList> decode(const std::string&);
+template std::optional<BoardSummary> decode(const std::string&);
+template std::optional<BoardsResponse> decode(const std::string&);
+template std::optional<ChangedResponse> decode(const std::string&);
+template std::optional<ChecklistTick> decode(const std::string&);
+template std::optional<CommentDraft> decode(const std::string&);
+template std::optional<CommentResponse> decode(const std::string&);
+template std::optional<HomeData> decode(const std::string&);
+template std::optional<LabelTag> decode(const std::string&);
+template std::optional<Me> decode(const std::string&);
+template std::optional<NewTask> decode(const std::string&);
+template std::optional<NotificationItem> decode(const std::string&);
+template std::optional<NotificationMark> decode(const std::string&);
+template std::optional<NotificationsResponse> decode(const std::string&);
+template std::optional<OKResponse> decode(const std::string&);
+template std::optional<PeopleResponse> decode(const std::string&);
+template std::optional<Person> decode(const std::string&);
+template std::optional<PushRegistration> decode(const std::string&);
+template std::optional<PushRemoval> decode(const std::string&);
+template std::optional<SearchResponse> decode(const std::string&);
+template std::optional<TaskDetail> decode(const std::string&);
+template std::optional<TaskDetail::Timer> decode(const std::string&);
+template std::optional<TaskEdit> decode(const std::string&);
+template std::optional<TaskPatch> decode(const std::string&);
+template std::optional<TaskSummary> decode(const std::string&);
+template std::optional<TasksResponse> decode(const std::string&);
 
 }  // namespace parvela::json

@@ -289,7 +289,7 @@ void OfflineQueue::Machine::refreshCounts() {
     status.set(std::move(changed));
 }
 
-OfflineQueue::Machine::Kept OfflineQueue::Machine::keep(NewQueuedLine line) {
+OfflineQueue::Machine::Kept OfflineQueue::Machine::keep(const NewQueuedLine& line) {
     if (!store_ || line.line.size() > longestKeptLine) return {};
     const bool maySend = takeLock();
     const auto inserted = store_->insert(line, maySend ? QueuedLine::State::sending : QueuedLine::State::waiting);
@@ -304,14 +304,14 @@ Task<Result<QuickAddReceipt, QuickAddFailure>> OfflineQueue::Machine::submit(std
     const auto draft = QuickAddService::parse(submission);
     if (!draft) co_return Failure(draft.error());
 
-    NewQueuedLine line{.site = api.baseURL.text(),
-                       .line = std::move(submission.line),
-                       .boardId = std::move(submission.board),
-                       .boardName = std::move(boardName),
-                       .day = submission.today,
-                       .createdAt = machine->now(),
-                       .draft = *draft};
-    const Kept kept = machine->keep(std::move(line));
+    const NewQueuedLine line{.site = api.baseURL.text(),
+                             .line = std::move(submission.line),
+                             .boardId = std::move(submission.board),
+                             .boardName = std::move(boardName),
+                             .day = submission.today,
+                             .createdAt = machine->now(),
+                             .draft = *draft};
+    const Kept kept = machine->keep(line);
     machine->refreshCounts();
     if (kept.id && !kept.maySend) {
         // Whoever sends now sends this line too.

@@ -62,7 +62,7 @@ private:
         std::optional<std::int64_t> id;
         bool maySend = true;
     };
-    Kept keep(NewQueuedLine line);
+    Kept keep(const NewQueuedLine& line);
     /// Removes a line that is being handed back to its author.
     static Task<void> forgetNextTurn(std::shared_ptr<Machine> machine, Flight flight);
     void forgetHandedBack();

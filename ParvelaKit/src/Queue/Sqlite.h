@@ -88,7 +88,10 @@ public:
         auto result = body();
         auto committed = result ? run("COMMIT") : SqliteStatus();
         if (result && committed) return result;
-        if (sqlite3_get_autocommit(handle_.get()) == 0) (void)run("ROLLBACK");
+        // Some failures have ended the transaction already.
+        if (sqlite3_get_autocommit(handle_.get()) == 0) {
+            if (const auto undone = run("ROLLBACK"); !undone) return Failure(undone.error());
+        }
         if (!committed) return Failure(committed.error());
         return result;
     }

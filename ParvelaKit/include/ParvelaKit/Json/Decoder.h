@@ -16,9 +16,9 @@ namespace parvela::json {
 ///
 /// Available for every record of ParvelaKit/Records.
 template <Record T>
-std::optional<T> decode(std::string document);
+std::optional<T> decode(const std::string& document);
 
 /// The text of "message" inside the object "error" of a failed call's answer; empty when the body does not hold one.
-std::string decodeErrorMessage(std::string body);
+std::string decodeErrorMessage(const std::string& body);
 
 }  // namespace parvela::json
