@@ -55,6 +55,7 @@ class SecondLaunch(DesktopTest):
         page = self.start_linked()
         links = [
             (["parvela://open?path=/inbox"], "/inbox"),
+            (["parvela://task/TSK-2"], "/t/TSK-2"),
             ([f"{self.service.web_url}/my"], "/my"),
             ([], "/my"),
             (["parvela://open?path=//elsewhere.example"], "/my"),
@@ -66,6 +67,12 @@ class SecondLaunch(DesktopTest):
                 page.wait_for_path(path)
         self.assertEqual(1, len(self.app.windows()))
         self.assertTrue(self.app.process.running())
+
+    def test_command_opens_a_task_in_the_window(self):
+        page = self.start_linked()
+        result = self.app.command("open", "TSK-3")
+        self.assertEqual((0, "Open TSK-3\n"), (result.returncode, result.stdout))
+        page.wait_for_path("/t/TSK-3")
 
 
 class Unlink(DesktopTest):
