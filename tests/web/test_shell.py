@@ -119,6 +119,15 @@ class Linking(ShellCase):
         self.wait_posted("unlinked", {})
         self.assertEqual(self.person().tokens(), [])
 
+    def test_tab_goes_round_inside_the_dialog(self):
+        self.open()
+        self.browser.one("dialog h2", "Link this Mac?")
+        focused = []
+        for key in ("Tab", "Tab", "Shift+Tab", "Shift+Tab"):
+            self.browser.keys(key)
+            focused.append(self.browser.js("return document.activeElement.textContent.trim()"))
+        self.assertEqual(focused, ["Not Now", "Allow", "Not Now", "Allow"])
+
     def test_not_now_is_remembered_until_the_app_asks(self):
         self.open()
         self.browser.click("dialog button", "Not Now")

@@ -1,5 +1,6 @@
 /** Modal dialogs: the browser keeps the focus inside and gives it back afterwards. */
 import { html, useLayoutEffect, useRef, useState } from '../view.js';
+import { goRound } from './focus.js';
 import { Icon } from './icon.js';
 
 let nextId = 1;
@@ -25,11 +26,14 @@ export function Dialog({ title, class: className = '', onClose, children, plain 
     let pressed = false;
     const onDown = (event) => (pressed = event.target === dialog);
     const onUp = (event) => pressed && event.target === dialog && close.current();
+    const onKey = (event) => goRound(dialog, event);
     dialog.addEventListener('cancel', onCancel);
+    dialog.addEventListener('keydown', onKey);
     dialog.addEventListener('pointerdown', onDown);
     dialog.addEventListener('click', onUp);
     return () => {
       dialog.removeEventListener('cancel', onCancel);
+      dialog.removeEventListener('keydown', onKey);
       dialog.removeEventListener('pointerdown', onDown);
       dialog.removeEventListener('click', onUp);
       dialog.close();
