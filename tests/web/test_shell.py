@@ -128,6 +128,16 @@ class Linking(ShellCase):
             focused.append(self.browser.js("return document.activeElement.textContent.trim()"))
         self.assertEqual(focused, ["Not Now", "Allow", "Not Now", "Allow"])
 
+    def test_tab_goes_round_in_the_page(self):
+        self.open()
+        self.browser.click("dialog button", "Not Now")
+        self.browser.gone("dialog")
+        self.browser.js("document.querySelector('.skip-link, a, button').focus(); window.first = document.activeElement")
+        self.browser.keys("Shift+Tab")
+        self.assertFalse(self.browser.js("return [document.body, window.first].includes(document.activeElement)"))
+        self.browser.keys("Tab")
+        self.assertTrue(self.browser.js("return document.activeElement === window.first"))
+
     def test_not_now_is_remembered_until_the_app_asks(self):
         self.open()
         self.browser.click("dialog button", "Not Now")

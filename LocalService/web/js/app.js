@@ -3,11 +3,12 @@ import { html, useEffect } from './view.js';
 import { isPage, navigate, useRoute } from './core/router.js';
 import { loadSession, session } from './core/session.js';
 import { useStore } from './core/store.js';
-import { frame, onNative, postNative } from './core/native.js';
+import { frame, native, onNative, postNative } from './core/native.js';
 import { HandOffPage } from './pages/handoff.js';
 import { SignInPage } from './pages/sign-in.js';
 import { UnreachablePage } from './pages/unreachable.js';
 import { Workspace } from './shell/workspace.js';
+import { goRound } from './ui/focus.js';
 
 export function App() {
   const current = useStore(session);
@@ -23,6 +24,13 @@ export function App() {
       }),
     [],
   );
+
+  useEffect(() => {
+    if (!native) return;
+    const onKey = (event) => goRound(document.body, event);
+    document.addEventListener('keydown', onKey);
+    return () => document.removeEventListener('keydown', onKey);
+  }, []);
 
   const signedOut = current.state === 'anonymous';
   useEffect(() => {

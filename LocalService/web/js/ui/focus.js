@@ -18,17 +18,19 @@ const tabStops =
   'a[href], button:not(:disabled), input:not(:disabled):not([type="hidden"]), select:not(:disabled), textarea:not(:disabled), [tabindex]:not([tabindex="-1"])';
 
 /**
- * Lets Tab go round inside a modal dialog. An engine that is embedded in a window of its own would otherwise lose the
- * focus behind the last control and never give it back.
- * @param {HTMLElement} dialog
+ * Lets Tab go round inside a modal dialog, or in the whole page. An engine that is embedded in a window of its own would
+ * otherwise lose the focus behind the last control and never give it back.
+ * @param {HTMLElement} container the dialog or the body
  * @param {KeyboardEvent} event a keydown in it
  */
-export function goRound(dialog, event) {
+export function goRound(container, event) {
   if (event.key !== 'Tab' || event.ctrlKey || event.altKey || event.metaKey || event.defaultPrevented) return;
-  const stops = [...dialog.querySelectorAll(tabStops)].filter((stop) => stop.tabIndex >= 0 && stop.getClientRects().length > 0);
+  const stops = [...container.querySelectorAll(tabStops)].filter((stop) => stop.tabIndex >= 0 && stop.getClientRects().length > 0);
   if (stops.length === 0) return;
-  const [first, last] = event.shiftKey ? [stops.at(-1), stops[0]] : [stops[0], stops.at(-1)];
-  if (document.activeElement !== last && dialog.contains(document.activeElement) && document.activeElement !== dialog) return;
+  const active = document.activeElement;
+  // From the container itself the engine goes on where the user was last; only backwards that may lead out.
+  const leaves = event.shiftKey ? active === container || active === stops[0] : active === stops.at(-1);
+  if (!leaves) return;
   event.preventDefault();
-  first.focus();
+  (event.shiftKey ? stops.at(-1) : stops[0]).focus();
 }
