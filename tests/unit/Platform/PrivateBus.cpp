@@ -115,7 +115,7 @@ Child PrivateBus::startKeyring() const {
 
 Child PrivateBus::startNotifications(const std::string& display) const {
     const auto settings = folder_.path() / "dunstrc";
-    std::ofstream(settings) << "[global]\nfont = Sans 10\n[urgency_normal]\ntimeout = 0\n";
+    std::ofstream(settings) << "[global]\nfont = Sans 10\nmarkup = full\n[urgency_normal]\ntimeout = 0\n";
     auto variables = environment();
     variables.push_back("DISPLAY=" + display);
     Child dunst({"dunst", "-conf", settings.string()}, variables, "");
