@@ -62,14 +62,27 @@ ParvelaWebView::ParvelaWebView(const WebEnvironment& environment, WebKitWebView*
             recolour_ = MainLoopTimer(std::chrono::milliseconds{0}, [this] { showBackground(); });
         });
 
+    watchPointer();
+}
+
+void ParvelaWebView::watchPointer() {
     GtkGesture* const press = gtk_gesture_click_new();
     gtk_gesture_single_set_button(GTK_GESTURE_SINGLE(press), GDK_BUTTON_PRIMARY);
     gtk_event_controller_set_propagation_phase(GTK_EVENT_CONTROLLER(press), GTK_PHASE_CAPTURE);
     pressed_ = connect<void(GtkGestureClick*, int, double, double)>(
-        press, "pressed", [this](GtkGestureClick*, int clicks, double, double) {
-            lastMouseDown_ = MouseDown{g_get_monotonic_time(), clicks};
+        press, "pressed", [this](GtkGestureClick*, int clicks, double x, double y) {
+            dragWanted_ = false;
+            lastMouseDown_ = MouseDown{g_get_monotonic_time(), clicks, x, y};
         });
     gtk_widget_add_controller(widget(), GTK_EVENT_CONTROLLER(press));
+
+    GtkEventController* const motion = gtk_event_controller_motion_new();
+    gtk_event_controller_set_propagation_phase(motion, GTK_PHASE_CAPTURE);
+    moved_ = connect<void(GtkEventControllerMotion*, double, double)>(
+        motion, "motion", [this](GtkEventControllerMotion*, double x, double y) {
+            if (dragWanted_) pointerMoved(x, y);
+        });
+    gtk_widget_add_controller(widget(), motion);
 }
 
 /// What is seen under and around the page.
@@ -93,9 +106,27 @@ bool ParvelaWebView::buttonIsHeld() const {
 }
 
 void ParvelaWebView::beginWindowDrag() {
-    if (!recentMouseDown(Button::stillPressed)) return;
+    // Starting at once would take the second press of a double click away from the page.
+    dragWanted_ = recentMouseDown(Button::stillPressed).has_value();
+}
+
+void ParvelaWebView::pointerMoved(double x, double y) {
+    if (!lastMouseDown_ || !buttonIsHeld()) {
+        dragWanted_ = false;
+        return;
+    }
+    const MouseDown& press = *lastMouseDown_;
+    if (!gtk_drag_check_threshold(widget(), static_cast<int>(press.x), static_cast<int>(press.y), static_cast<int>(x),
+                                  static_cast<int>(y))) {
+        return;
+    }
+    dragWanted_ = false;
+    moveWindow();
+}
+
+void ParvelaWebView::moveWindow() {
     GdkSurface* const surface = surfaceOf(widget());
-    const auto pointer = pointerOn(surface);
+    const auto pointer = surface ? pointerOn(surface) : std::nullopt;
     if (!pointer || !GDK_IS_TOPLEVEL(surface)) return;
     GdkDevice* const device = gdk_seat_get_pointer(gdk_display_get_default_seat(gdk_surface_get_display(surface)));
     gdk_toplevel_begin_move(GDK_TOPLEVEL(surface), device, GDK_BUTTON_PRIMARY, pointer->x, pointer->y,

@@ -33,6 +33,8 @@ public:
     struct MouseDown {
         gint64 at;   ///< g_get_monotonic_time() of its arrival
         int clicks;  ///< 2 for the second press of a double click
+        double x;    ///< in the view
+        double y;
     };
     enum class Button { anyState, stillPressed };
 
@@ -40,7 +42,8 @@ public:
     std::optional<MouseDown> recentMouseDown(Button button) const;
     void clearLastMouseDown() noexcept { lastMouseDown_.reset(); }
 
-    /// Lets the user move the window until the button, which a recent press must still hold, is released.
+    /// Lets the user move the window with the button that a recent press still holds: from the moment the pointer has
+    /// moved far enough to tell a drag from a click, until the release.
     void beginWindowDrag();
 
     /// Runs a script in the page; its outcome is not known.
@@ -52,11 +55,16 @@ public:
 
 private:
     bool buttonIsHeld() const;
+    void watchPointer();
+    void pointerMoved(double x, double y);
+    void moveWindow();
     void endPress();
     void showBackground();
 
     Ref<WebKitWebView> view_;
     Connection pressed_;
+    Connection moved_;
+    bool dragWanted_ = false;
     Connection schemeChanged_;
     MainLoopTimer recolour_;
     std::optional<MouseDown> lastMouseDown_;
