@@ -1,0 +1,103 @@
+"""What a page can and cannot do with the window it is shown in."""
+
+import base64
+import json
+import urllib.parse
+
+from harness import windows
+from harness.case import DesktopTest
+from harness.page import PageError
+from harness.waiting import stays_true, wait_until
+
+
+class PageObject(DesktopTest):
+    def test_main_frames_alone_can_post_and_bodies_cannot_do_harm(self):
+        page = self.start_linked()
+        self.assertTrue(page.evaluate("navigator.userAgent").endswith(" ParvelaApp/1.0 (macOS)"))
+        self.assertEqual("mac", page.evaluate("document.documentElement.dataset.shell"))
+        self.assertTrue(page.evaluate("Object.isFrozen(ParvelaNative) && ParvelaNative.platform === 'macos'"))
+
+        post = "webkit.messageHandlers.parvela.postMessage"
+        with self.assertRaisesRegex(PageError, "mine alone"):
+            page.evaluate(f"{post}({{ type: 'badge', get count() {{ throw new Error('mine alone'); }} }})")
+        with self.assertRaisesRegex(PageError, "TypeError"):
+            page.evaluate(f"(() => {{ const a = {{ type: 'badge' }}; a.a = a; {post}(a); }})()")
+        for body in ("undefined", "() => 1", "Symbol('x')", "'text'", "{ type: 'badge', count: 'x'.repeat(3e6) }", ""):
+            page.evaluate(f"{post}({body})")
+        page.evaluate("webkit.messageHandlers.parvela = null; webkit = null")
+        self.assertTrue(page.evaluate(f"typeof {post} === 'function'"), "a page cannot take the object away")
+
+        frame = ("(() => {{ const f = document.createElement('iframe'); document.body.append(f); "
+                 "const found = typeof f.contentWindow.{}; f.remove(); return found; }})()")
+        self.assertEqual("undefined", page.evaluate(frame.format("webkit")))
+        self.assertEqual("undefined", page.evaluate(frame.format("ParvelaNative")))
+        self.assertTrue(self.app.process.running())
+
+
+class Navigation(DesktopTest):
+    def test_other_sites_open_in_the_browser_and_the_page_stays(self):
+        page = self.start_linked()
+        page.evaluate("location.assign('https://elsewhere.example/a?b=c#d')")
+        wait_until(lambda: self.session.browser_urls() == ["https://elsewhere.example/a?b=c#d"], "the browser to be asked")
+        self.assertTrue(page.url.startswith(self.service.web_url), page.url)
+        # At once again, and not by the user: a page cannot flood the desktop.
+        page.evaluate("location.assign('https://elsewhere.example/1'); location.assign('https://elsewhere.example/2')")
+        stays_true(lambda: len(self.session.browser_urls()) <= 2, "the browser is left alone")
+
+    def test_sign_in_goes_to_the_browser_and_comes_back(self):
+        self.use_service()
+        self.use_application()
+        self.app.start()
+        page = self.app.page(self.service.web_url)
+        page.wait_for_text("Sign in to Parvela")
+        sign_in = f"{self.service.api_url}/api/auth/signin/local?state=a%20b"
+        page.evaluate(f"location.assign({json.dumps(sign_in)})")
+        opened = wait_until(self.session.browser_urls, "the browser to be asked")
+        encoded = "".join(letter if letter.isalnum() else f"%{ord(letter):02X}" for letter in sign_in)
+        self.assertEqual([f"{self.service.web_url}/oauth/start?u={encoded}"], opened)
+
+        # The person signs in there; the browser then opens the application's own link.
+        callback = self.person.call("POST", "/api/handoff", {})["url"]
+        self.assertEqual(0, self.app.start_again(callback).returncode)
+        page.wait_for_path("/home")
+
+
+class Downloads(DesktopTest):
+    def test_are_saved_under_names_that_are_free(self):
+        page = self.start_linked()
+        save = """(() => {{ const a = document.createElement('a'); a.download = {name};
+                   a.href = URL.createObjectURL(new Blob([{text}])); document.body.append(a); a.click(); a.remove(); }})()"""
+        folder = self.session.home / "Downloads"
+        for name, text, saved in (("report.txt", "one", "report.txt"), ("report.txt", "two", "report 2.txt"),
+                                  ("notes", "three", "notes")):
+            page.evaluate(save.format(name=json.dumps(name), text=json.dumps(text)))
+            wait_until(lambda: (folder / saved).exists() and (folder / saved).read_text(encoding="utf-8") == text, saved)
+        self.assertEqual(["notes", "report 2.txt", "report.txt"], sorted(path.name for path in folder.iterdir()))
+
+
+class SavedWindows(DesktopTest):
+    def saved(self):
+        state = self.app.settings().get("macWindowState")
+        return json.loads(base64.b64decode(state["data"]))["groups"] if state else []
+
+    def test_come_back_with_their_tabs(self):
+        page = self.start_linked()
+        page.wait_for_path("/home")
+        window = self.app.wait_for_window()
+        window.activate()
+        windows.press(self.session, "ctrl+t")
+        wait_until(lambda: len(self.saved()) == 1 and len(self.saved()[0]["tabs"]) == 2, "the second tab to be saved")
+        windows.press(self.session, "ctrl+shift+i")
+        wait_until(lambda: self.saved()[0]["tabs"][1].endswith("/inbox"), "the page of the tab to be saved")
+        self.assertEqual(1, self.saved()[0]["selected"])
+        page.close()
+
+        windows.press(self.session, "ctrl+q")
+        wait_until(lambda: not self.app.process.running(), "the application to quit")
+        self.assertEqual(0, self.app.process.exit_status())
+        before = self.saved()
+        self.app.start()
+        window = self.app.wait_for_window(lambda one: "Inbox" in one.title, "the tab that was in front")
+        self.assertEqual(1, len(self.app.windows()))
+        self.assertEqual(urllib.parse.urlsplit(before[0]["tabs"][1]).path, "/inbox")
+        wait_until(lambda: self.saved() == before, "the same windows and tabs")
