@@ -8,7 +8,8 @@ export const usePeople = () => useResource('people', api.people);
 export const useInbox = () => useResource('inbox', api.notifications);
 export const useTimer = () => useResource('timer', api.timer);
 export const useHome = () => useResource('home', api.home);
-export const useBoard = (id) => useResource(`board:${id}`, () => api.board(id));
+/** @param {string} id "" while none is known */
+export const useBoard = (id) => useResource(id === '' ? null : `board:${id}`, () => api.board(id));
 export const useTask = (key) => useResource(`task:${key}`, () => api.task(key));
 
 /** Colour of each board by its id. @returns {Map<string, string>} */

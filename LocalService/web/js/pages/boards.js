@@ -35,8 +35,9 @@ export function BoardsPage() {
               </section>`,
             )}
     <//>
-    ${creating &&
-    html`<${BoardForm}
+    ${
+      creating &&
+      html`<${BoardForm}
       title="New board"
       action="Create board"
       onClose=${() => setCreating(false)}
@@ -45,7 +46,8 @@ export function BoardsPage() {
         invalidate((key) => key === 'boards' || key === 'home');
         navigate(boardPath(board.id ?? board.board?.id));
       }}
-    />`}
+    />`
+    }
   </div>`;
 }
 

@@ -21,11 +21,13 @@ export function DevelopersPage({ current }) {
   const panel = (title, text, list, empty) => html`<section class="panel">
     <h2>${title}</h2>
     <p class="muted">${text}</p>
-    ${list.length === 0
-      ? html`<p class="faint panel-none">${empty}</p>`
-      : html`<ul class="token-list">
+    ${
+      list.length === 0
+        ? html`<p class="faint panel-none">${empty}</p>`
+        : html`<ul class="token-list">
           ${list.map((token) => html`<${TokenRow} key=${token.id} token=${token} revoke=${() => setRevoking(token)} />`)}
-        </ul>`}
+        </ul>`
+    }
   </section>`;
   return html`<div class="page page-narrow settings">
     <div class="page-head">
@@ -47,15 +49,18 @@ export function DevelopersPage({ current }) {
         'No device is linked.',
       )}`}
     <//>
-    ${current.apiBase &&
-    html`<section class="panel">
+    ${
+      current.apiBase &&
+      html`<section class="panel">
       <h2>API</h2>
       <p class="muted">Requests go to this address with the token as bearer.</p>
       <${CopyField} label="API address" text=${`${current.apiBase.replace(/\/+$/, '')}/api/v1`} />
-    </section>`}
+    </section>`
+    }
     ${creating && html`<${NewToken} onClose=${() => setCreating(false)} />`}
-    ${revoking &&
-    html`<${ConfirmDialog}
+    ${
+      revoking &&
+      html`<${ConfirmDialog}
       title=${isThisDevice(revoking) ? 'Unlink this Mac?' : 'Revoke this token?'}
       text=${`“${revoking.name}” stops working at once. This can't be undone.`}
       action=${isThisDevice(revoking) ? 'Unlink' : 'Revoke'}
@@ -71,7 +76,8 @@ export function DevelopersPage({ current }) {
         invalidate((key) => key === 'tokens');
         toast(`Revoked “${revoking.name}”.`);
       }}
-    />`}
+    />`
+    }
   </div>`;
 }
 

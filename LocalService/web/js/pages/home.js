@@ -61,9 +61,11 @@ export function HomePage({ current }) {
 function NothingDue({ boards }) {
   return html`<${Empty} icon="sun" title="Nothing is due">
     <p>${boards.length > 0 ? 'Tasks assigned to you show up here by their due date.' : 'Start with a board for your first project.'}</p>
-    ${boards.length > 0
-      ? html`<button type="button" class="button" onClick=${() => overlay.set({ name: 'newTask' })}>New task</button>`
-      : html`<a class="button button-primary" href="/boards">Make a board</a>`}
+    ${
+      boards.length > 0
+        ? html`<button type="button" class="button" onClick=${() => overlay.set({ name: 'newTask' })}>New task</button>`
+        : html`<a class="button button-primary" href="/boards">Make a board</a>`
+    }
   <//>`;
 }
 

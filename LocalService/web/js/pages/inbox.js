@@ -66,14 +66,18 @@ function Notice({ item }) {
   const read = () => !item.read && mark({ ids: [item.id], all: false, read: true });
   return html`<li class="notice ${item.read ? '' : 'is-unread'}">
     <span class="notice-dot" role="img" aria-label=${item.read ? 'Read' : 'Unread'}></span>
-    ${actor
-      ? html`<${Avatar} person=${actor} size=${34} named=${false} />`
-      : html`<span class="notice-icon"><${Icon} name="inbox" size=${18} /></span>`}
+    ${
+      actor
+        ? html`<${Avatar} person=${actor} size=${34} named=${false} />`
+        : html`<span class="notice-icon"><${Icon} name="inbox" size=${18} /></span>`
+    }
     <div class="grow notice-text">
-      ${task
-        ? html`<a class="notice-link" href=${taskPath(task.key)} onClick=${read}>${item.text}</a>
+      ${
+        task
+          ? html`<a class="notice-link" href=${taskPath(task.key)} onClick=${read}>${item.text}</a>
             <span class="notice-task muted truncate">${task.title} · ${task.board}</span>`
-        : html`<span>${item.text}</span>`}
+          : html`<span>${item.text}</span>`
+      }
     </div>
     <time class="faint num" datetime=${new Date(item.at).toISOString()} title=${moment(item.at)}>${ago(item.at)}</time>
     <button

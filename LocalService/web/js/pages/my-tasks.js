@@ -24,12 +24,10 @@ function groupsOf(tasks, mode) {
     return boards.map((board) => ({ title: board, tasks: sorted.filter((task) => task.board === board) }));
   }
   if (mode === 'priority') {
-    return [...PRIORITIES]
-      .reverse()
-      .map(({ id, name }) => ({
-        title: id === 'none' ? 'No priority' : name,
-        tasks: sorted.filter((task) => priorityRank(task.priority) === priorityRank(id)),
-      }));
+    return [...PRIORITIES].reverse().map(({ id, name }) => ({
+      title: id === 'none' ? 'No priority' : name,
+      tasks: sorted.filter((task) => priorityRank(task.priority) === priorityRank(id)),
+    }));
   }
   const now = today();
   const nextWeek = addDays(startOfWeek(now), 7);
@@ -50,9 +48,22 @@ export function MyTasksPage() {
   const people = usePeopleMap();
   const [mode, setMode] = useState(() => recall('my.mode') ?? 'due');
   const tasks = resource.data?.tasks;
-  const groups = useMemo(() => (tasks ? groupsOf(tasks.filter((task) => !task.done), mode) : []), [tasks, mode]);
+  const groups = useMemo(
+    () =>
+      tasks
+        ? groupsOf(
+            tasks.filter((task) => !task.done),
+            mode,
+          )
+        : [],
+    [tasks, mode],
+  );
   const done = useMemo(() => (tasks ?? []).filter((task) => task.done), [tasks]);
-  const rows = (list) => list.map((task) => html`<${TaskRow} key=${task.key} task=${task} colors=${colors} people=${people} showBoard=${mode !== 'board'} />`);
+  const rows = (list) =>
+    list.map(
+      (task) =>
+        html`<${TaskRow} key=${task.key} task=${task} colors=${colors} people=${people} showBoard=${mode !== 'board'} />`,
+    );
   return html`<div class="page">
     <div class="page-head">
       <p class="muted grow">${tasks && countText(tasks.length - done.length)}</p>
@@ -82,13 +93,17 @@ export function MyTasksPage() {
           : html`${groups
               .filter((group) => group.tasks.length > 0)
               .map(
-                (group) => html`<${TaskGroup} key=${group.title} title=${group.title} tone=${group.tone} count=${group.tasks.length}>
+                (
+                  group,
+                ) => html`<${TaskGroup} key=${group.title} title=${group.title} tone=${group.tone} count=${group.tasks.length}>
                   ${rows(group.tasks)}
                 <//>`,
               )}
             ${tasks.length === done.length && html`<${Empty} icon="my" title="All done"><p>Enjoy the quiet.</p><//>`}
-            ${done.length > 0 &&
-            html`<${TaskGroup} key="done" title="Done" count=${done.length} open=${false}>${rows(done)}<//>`}`}
+            ${
+              done.length > 0 &&
+              html`<${TaskGroup} key="done" title="Done" count=${done.length} open=${false}>${rows(done)}<//>`
+            }`}
     <//>
   </div>`;
 }

@@ -58,13 +58,16 @@ function DevicePanel({ workspace }) {
         <strong class="truncate">${native.deviceName}</strong>
         <span class="muted">${linked ? `Linked with ${workspace.name}` : 'Not linked. The menu bar and quick add need the link.'}</span>
       </span>
-      ${linked
-        ? html`<button type="button" class="button" onClick=${() => setAsking(true)}>Unlink…</button>`
-        : html`<button type="button" class="button button-primary" disabled=${link.busy} onClick=${link.submit}>Link this Mac</button>`}
+      ${
+        linked
+          ? html`<button type="button" class="button" onClick=${() => setAsking(true)}>Unlink…</button>`
+          : html`<button type="button" class="button button-primary" disabled=${link.busy} onClick=${link.submit}>Link this Mac</button>`
+      }
     </div>
     ${link.error && html`<p class="form-error" role="alert">${link.error}</p>`}
-    ${asking &&
-    html`<${ConfirmDialog}
+    ${
+      asking &&
+      html`<${ConfirmDialog}
       title="Unlink this Mac?"
       text="The menu bar, quick add and notices stop until you link it again."
       action="Unlink"
@@ -73,6 +76,7 @@ function DevicePanel({ workspace }) {
         forgetLink();
         toast('This Mac is no longer linked.');
       }}
-    />`}
+    />`
+    }
   </section>`;
 }

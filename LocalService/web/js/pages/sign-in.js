@@ -55,21 +55,25 @@ export function SignInCard({ facts, note }) {
       <h1 tabindex="-1">${title}</h1>
       <p class="muted">${note ?? (creating ? 'It takes a minute. Everything stays on this machine.' : 'Welcome back.')}</p>
     </div>
-    ${facts.demo &&
-    html`<div class="sign-demo">
+    ${
+      facts.demo &&
+      html`<div class="sign-demo">
       <button type="button" class="button button-primary button-large" disabled=${demo.busy} onClick=${demo.submit}>
         Explore the demo
       </button>
       <p class="faint">Signs you in${facts.demoEmail ? ` as ${facts.demoEmail}` : ''}, with boards and tasks to play with.</p>
       ${demo.error && html`<p class="form-error" role="alert">${demo.error}</p>`}
       <div class="sign-or"><span>or</span></div>
-    </div>`}
+    </div>`
+    }
     <form class="form" onSubmit=${main.submit} aria-label=${title}>
-      ${creating &&
-      html`<label class="field">
+      ${
+        creating &&
+        html`<label class="field">
         <span>Name</span>
         <input ref=${first} class="input" autocomplete="name" required maxlength="100" ...${field('name')} />
-      </label>`}
+      </label>`
+      }
       <label class="field">
         <span>Email</span>
         <input
@@ -95,23 +99,27 @@ export function SignInCard({ facts, note }) {
         />
         ${creating && html`<small class="faint">At least 8 characters.</small>`}
       </label>
-      ${creating &&
-      !facts.hasUsers &&
-      html`<label class="field">
+      ${
+        creating &&
+        !facts.hasUsers &&
+        html`<label class="field">
         <span>Workspace <small class="faint">optional</small></span>
         <input class="input" autocomplete="organization" maxlength="100" placeholder="My workspace" ...${field('workspace')} />
-      </label>`}
+      </label>`
+      }
       ${main.error && html`<p class="form-error" role="alert">${main.error}</p>`}
       <button class=${`button button-large ${facts.demo ? '' : 'button-primary'}`} disabled=${main.busy}>
         ${creating ? 'Create account' : 'Sign in'}
       </button>
     </form>
     <${BrowserSignIn} apiBase=${facts.apiBase} />
-    ${facts.canSignUp &&
-    html`<p class="sign-swap muted">
+    ${
+      facts.canSignUp &&
+      html`<p class="sign-swap muted">
       ${creating ? 'Already have an account? ' : 'New here? '}
       <button type="button" class="link-button" onClick=${swap}>${creating ? 'Sign in' : 'Create an account'}</button>
-    </p>`}
+    </p>`
+    }
   </div>`;
 }
 

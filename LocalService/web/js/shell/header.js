@@ -74,7 +74,8 @@ function Title({ route }) {
       ${board?.private && html`<span class="band-lock" role="img" aria-label="Private" title="Private"><${Icon} name="lock" size=${16} /></span>`}
     </h1>`;
   }
-  if (route.name === 'task') return html`<p class="band-title band-key"><span class="num">${route.params.key}</span></p>`;
+  if (route.name === 'task')
+    return html`<p class="band-title band-key"><span class="num">${route.params.key}</span></p>`;
   return html`<h1 class="band-title" tabindex="-1"><span class="truncate">${TITLES[route.name]}</span></h1>`;
 }
 

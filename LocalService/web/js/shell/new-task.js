@@ -28,7 +28,10 @@ function readDraft() {
  */
 export function NewTaskDialog({ preset, onClose }) {
   const boards = useBoards().data?.boards ?? [];
-  const [task, setTask] = useState(() => ({ ...(readDraft() ?? BLANK), ...(preset.date ? { date: preset.date } : {}) }));
+  const [task, setTask] = useState(() => ({
+    ...(readDraft() ?? BLANK),
+    ...(preset.date ? { date: preset.date } : {}),
+  }));
   const [boardId, setBoardId] = useState(preset.board ?? recall('newTask.board') ?? '');
   const [listId, setListId] = useState(preset.list ?? '');
   const [again, setAgain] = useState(false);
@@ -47,7 +50,10 @@ export function NewTaskDialog({ preset, onClose }) {
       return next;
     });
   const labels = board?.labels ?? [];
-  const labelIds = useMemo(() => task.labels.filter((id) => labels.some((label) => label.id === id)), [labels, task.labels]);
+  const labelIds = useMemo(
+    () => task.labels.filter((id) => labels.some((label) => label.id === id)),
+    [labels, task.labels],
+  );
 
   const { busy, error, setError, submit } = useSubmit(async () => {
     const text = task.title.trim().replace(/\s+/g, ' ');

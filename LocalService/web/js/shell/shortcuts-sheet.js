@@ -10,7 +10,11 @@ const LOCAL = [
   { keys: ['x'], group: 'In a list', text: 'Mark the task as done or not done' },
   { keys: ['↑ ↓ ← →'], group: 'On a board', text: 'Go from card to card' },
   { keys: ['Enter'], group: 'On a board', text: 'Open the card' },
-  { keys: ['Space'], group: 'On a board', text: 'Pick up the card; arrows move it, Space puts it down, Esc puts it back' },
+  {
+    keys: ['Space'],
+    group: 'On a board',
+    text: 'Pick up the card; arrows move it, Space puts it down, Esc puts it back',
+  },
   { keys: ['x'], group: 'On a board', text: 'Mark the card as done or not done' },
   { keys: ['Shift ← →'], group: 'On a board', text: 'Move a task in the calendar or on the timeline' },
   { keys: ['1 to 5'], group: 'On a board', text: 'Board, list, table, calendar, timeline' },

@@ -36,18 +36,18 @@ export function Sidebar({ route, hidden }) {
     <a class="side-link" href=${page.path} aria-current=${route.name === page.name ? 'page' : undefined}>
       <${Icon} name=${page.icon} />
       <span class="grow truncate">${page.text}</span>
-      ${page.name === 'inbox' &&
-      unread > 0 &&
-      html`<span class="side-count num" aria-label=${`${unread} unread`}>${unread > 99 ? '99+' : unread}</span>`}
+      ${
+        page.name === 'inbox' &&
+        unread > 0 &&
+        html`<span class="side-count num" aria-label=${`${unread} unread`}>${unread > 99 ? '99+' : unread}</span>`
+      }
     </a>
   </li>`;
   return html`<nav id="sidebar" class="sidebar" aria-label="Main" hidden=${hidden}>
     <ul class="side-list">
       ${PAGES.map(link)}
     </ul>
-    ${boards.data === undefined &&
-    !boards.error &&
-    html`<div class="side-section"><${Skeleton} rows=${4} /></div>`}
+    ${boards.data === undefined && !boards.error && html`<div class="side-section"><${Skeleton} rows=${4} /></div>`}
     ${starred.length > 0 && html`<${Section} title="Starred" boards=${starred} route=${route} />`}
     ${groups.map(
       (group) =>
@@ -71,10 +71,12 @@ function Section({ title, boards, route }) {
             <${BoardDot} color=${board.color} />
             <span class="grow truncate">${board.name}</span>
             ${board.private && html`<span class="side-mark" role="img" aria-label="Private"><${Icon} name="lock" size=${14} /></span>`}
-            ${board.overdue > 0 &&
-            html`<span class="side-overdue num" title=${`${board.overdue} overdue`} aria-label=${`${board.overdue} overdue`}
+            ${
+              board.overdue > 0 &&
+              html`<span class="side-overdue num" title=${`${board.overdue} overdue`} aria-label=${`${board.overdue} overdue`}
               >${board.overdue}</span
-            >`}
+            >`
+            }
           </a>
         </li>`,
       )}

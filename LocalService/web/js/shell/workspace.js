@@ -76,8 +76,10 @@ export function Workspace({ current, route }) {
       <${OfflineBanner} />
       <${PageView} route=${route} current=${current} />
     </main>
-    ${over?.name === 'newTask' &&
-    html`<${NewTaskDialog} current=${current} route=${route} preset=${over} onClose=${() => overlay.set(null)} />`}
+    ${
+      over?.name === 'newTask' &&
+      html`<${NewTaskDialog} current=${current} route=${route} preset=${over} onClose=${() => overlay.set(null)} />`
+    }
     ${over?.name === 'shortcuts' && html`<${ShortcutsSheet} onClose=${() => overlay.set(null)} />`}
     <${LinkPrompt} workspace=${current.workspace} />
     <${NativeSync} workspace=${current.workspace} />

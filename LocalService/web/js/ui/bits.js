@@ -44,15 +44,17 @@ export function AvatarStack({ people, most = 3, size = 22 }) {
   const rest = people.slice(shown.length);
   return html`<span class="avatar-stack">
     ${shown.map((person) => html`<${Avatar} key=${person.id} person=${person} size=${size} />`)}
-    ${rest.length > 0 &&
-    html`<span
+    ${
+      rest.length > 0 &&
+      html`<span
       class="avatar avatar-rest"
       style=${{ '--avatar-size': `${size}px` }}
       role="img"
       aria-label=${`and ${rest.map((person) => person.name).join(', ')}`}
       title=${rest.map((person) => person.name).join(', ')}
       >+${rest.length}</span
-    >`}
+    >`
+    }
   </span>`;
 }
 

@@ -1,6 +1,15 @@
 /** One month to choose a day from, by pointer or by arrow keys. */
 import { html, useEffect, useRef, useState } from '../view.js';
-import { addDays, addMonths, longDate, monthTitle, startOfMonth, startOfWeek, today, weekdayNames } from '../core/dates.js';
+import {
+  addDays,
+  addMonths,
+  longDate,
+  monthTitle,
+  startOfMonth,
+  startOfWeek,
+  today,
+  weekdayNames,
+} from '../core/dates.js';
 import { Icon } from './icon.js';
 
 const STEPS = { ArrowLeft: -1, ArrowRight: 1, ArrowUp: -7, ArrowDown: 7 };

@@ -44,10 +44,12 @@ export function Dialog({ title, class: className = '', onClose, children, plain 
     <div class="dialog-body">
       <div class="dialog-head">
         <h2 id=${id}>${title}</h2>
-        ${!plain &&
-        html`<button type="button" class="icon-button" aria-label="Close" onClick=${onClose}>
+        ${
+          !plain &&
+          html`<button type="button" class="icon-button" aria-label="Close" onClick=${onClose}>
           <${Icon} name="close" size=${18} />
-        </button>`}
+        </button>`
+        }
       </div>
       ${children}
     </div>

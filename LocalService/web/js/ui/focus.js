@@ -25,7 +25,9 @@ const tabStops =
  */
 export function goRound(container, event) {
   if (event.key !== 'Tab' || event.ctrlKey || event.altKey || event.metaKey || event.defaultPrevented) return;
-  const stops = [...container.querySelectorAll(tabStops)].filter((stop) => stop.tabIndex >= 0 && stop.getClientRects().length > 0);
+  const stops = [...container.querySelectorAll(tabStops)].filter(
+    (stop) => stop.tabIndex >= 0 && stop.getClientRects().length > 0,
+  );
   if (stops.length === 0) return;
   const active = document.activeElement;
   // From the container itself the engine goes on where the user was last; only backwards that may lead out.

@@ -30,7 +30,8 @@ const PATHS = {
   stop: 'M5.8 5.8h8.4v8.4H5.8z',
   close: 'm5 5 10 10M15 5 5 15',
   check: 'm4.5 10.5 3.7 3.7 7.3-8',
-  sliders: 'M3.5 6h6M13.5 6h3M3.5 14h3M10.5 14h6M11.5 8a2 2 0 1 0 0-4 2 2 0 0 0 0 4ZM8.5 16a2 2 0 1 0 0-4 2 2 0 0 0 0 4Z',
+  sliders:
+    'M3.5 6h6M13.5 6h3M3.5 14h3M10.5 14h6M11.5 8a2 2 0 1 0 0-4 2 2 0 0 0 0 4ZM8.5 16a2 2 0 1 0 0-4 2 2 0 0 0 0 4Z',
   key: 'M6.5 13.5a3 3 0 1 0 0-6 3 3 0 0 0 0 6ZM9.5 10.5H17M14 10.5v3M16.8 10.5v2',
   keyboard: 'M2.8 5.5h14.4v9H2.8zM5.5 8.3h.01M8.5 8.3h.01M11.5 8.3h.01M14.5 8.3h.01M6.5 11.7h7',
   signOut: 'M11.5 4h-7v12h7M8.5 10H17M14 7l3 3-3 3',
@@ -87,11 +88,12 @@ export function Mark({ size = 28 }) {
 export function PriorityIcon({ priority, size = 16 }) {
   const bars = { low: 1, medium: 2, high: 3, urgent: 3 }[priority] ?? 0;
   return html`<svg class="priority priority-${priority}" width=${size} height=${size} viewBox="0 0 16 16" aria-hidden="true">
-    ${priority === 'urgent'
-      ? html`<rect width="16" height="16" rx="4" /><path d="M8 3.8v4.8M8 11.7v.3" />`
-      : [0, 1, 2].map(
-          (index) =>
-            html`<rect
+    ${
+      priority === 'urgent'
+        ? html`<rect width="16" height="16" rx="4" /><path d="M8 3.8v4.8M8 11.7v.3" />`
+        : [0, 1, 2].map(
+            (index) =>
+              html`<rect
               class=${index < bars ? 'on' : 'off'}
               x=${1.5 + index * 5}
               y=${9 - index * 3.5}
@@ -99,6 +101,7 @@ export function PriorityIcon({ priority, size = 16 }) {
               height=${5 + index * 3.5}
               rx="1"
             />`,
-        )}
+          )
+    }
   </svg>`;
 }

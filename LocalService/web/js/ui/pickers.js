@@ -14,7 +14,15 @@ const SEARCH_FROM = 8;
  *           class?: string, disabled?: boolean, onChange: (change: { date: string|null, time: string|null }) => void }} props
  */
 export function DatePicker(props) {
-  const { date, time = null, withTime = false, label = 'Due date', icon = 'calendar', empty = 'Due date', disabled } = props;
+  const {
+    date,
+    time = null,
+    withTime = false,
+    label = 'Due date',
+    icon = 'calendar',
+    empty = 'Due date',
+    disabled,
+  } = props;
   const shown = date ? `${shortDate(date)}${time ? `, ${clockTime(time)}` : ''}` : empty;
   return html`<${Dropdown}
     kind="dialog"
@@ -62,8 +70,9 @@ function DatePanel({ date, time, withTime, close, onChange }) {
       ${date && html`<button type="button" class="chip-button" onClick=${() => pick(null)}>Clear</button>`}
     </div>
     <${CalendarGrid} value=${date} onPick=${pick} />
-    ${withTime &&
-    html`<div class="date-time">
+    ${
+      withTime &&
+      html`<div class="date-time">
       <label class="row">
         <${Icon} name="clock" size=${17} />
         <input
@@ -83,7 +92,8 @@ function DatePanel({ date, time, withTime, close, onChange }) {
         />
       </label>
       ${badTime && html`<p class="form-error" role="alert">That isn't a time. Try 9:30 am or 17:00.</p>`}
-    </div>`}`;
+    </div>`
+    }`;
 }
 
 /** @param {{ value: string, class?: string, disabled?: boolean, onChange: (priority: string) => void }} props */
@@ -124,9 +134,11 @@ export function AssigneePicker({ people, value, class: className = '', disabled,
     label=${`Assignees: ${names || 'nobody'}`}
     panelLabel="Assignees"
     disabled=${disabled}
-    face=${chosen.length > 0
-      ? html`<${AvatarStack} people=${chosen} size=${20} /><span class="truncate">${chosen.length === 1 ? chosen[0].name : `${chosen.length} people`}</span>`
-      : html`<${Icon} name="user" size=${17} /><span>Assign</span>`}
+    face=${
+      chosen.length > 0
+        ? html`<${AvatarStack} people=${chosen} size=${20} /><span class="truncate">${chosen.length === 1 ? chosen[0].name : `${chosen.length} people`}</span>`
+        : html`<${Icon} name="user" size=${17} /><span>Assign</span>`
+    }
   >
     ${() => html`<${ChoiceList}
       label="Assignees"
@@ -153,9 +165,11 @@ export function LabelPicker({ labels, value, class: className = '', disabled, on
     label=${`Labels: ${chosen.map((label) => label.name).join(', ') || 'none'}`}
     panelLabel="Labels"
     disabled=${disabled}
-    face=${chosen.length > 0
-      ? html`<span class="row-wrap">${chosen.map((label) => html`<${LabelChip} key=${label.id} label=${label} />`)}</span>`
-      : html`<${Icon} name="tag" size=${17} /><span>Labels</span>`}
+    face=${
+      chosen.length > 0
+        ? html`<span class="row-wrap">${chosen.map((label) => html`<${LabelChip} key=${label.id} label=${label} />`)}</span>`
+        : html`<${Icon} name="tag" size=${17} /><span>Labels</span>`
+    }
   >
     ${() => html`<${ChoiceList}
       label="Labels"
@@ -181,7 +195,8 @@ function ChoiceList({ label, placeholder, options, value, onChange, onCreate, dr
     await onCreate(filter.trim());
     setFilter('');
   };
-  return html`${(options.length >= SEARCH_FROM || onCreate) &&
+  return html`${
+    (options.length >= SEARCH_FROM || onCreate) &&
     html`<input
       class="input input-small"
       type="text"
@@ -197,7 +212,8 @@ function ChoiceList({ label, placeholder, options, value, onChange, onCreate, dr
         if (shown.length > 0 && wanted) flip(shown[0].id);
         else if (onCreate && wanted && !exact) create();
       }}
-    />`}
+    />`
+  }
     <div class="choice-list" role="group" aria-label=${label}>
       ${shown.map(
         (option) => html`<label key=${option.id} class="choice">
@@ -206,11 +222,13 @@ function ChoiceList({ label, placeholder, options, value, onChange, onCreate, dr
         </label>`,
       )}
       ${shown.length === 0 && !onCreate && html`<p class="faint choice-empty">${empty}</p>`}
-      ${onCreate &&
-      wanted &&
-      !exact &&
-      html`<button type="button" class="menu-item" onClick=${create}>
+      ${
+        onCreate &&
+        wanted &&
+        !exact &&
+        html`<button type="button" class="menu-item" onClick=${create}>
         <${Icon} name="plus" size=${16} /><span class="truncate">Create “${filter.trim()}”</span>
-      </button>`}
+      </button>`
+      }
     </div>`;
 }

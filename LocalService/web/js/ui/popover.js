@@ -19,7 +19,16 @@ function place(panel, anchor, align) {
  * @param {{ anchor: HTMLElement, label: string, role?: string, align?: 'start'|'end', class?: string,
  *           onClose: () => void, onKeyDown?: (event: KeyboardEvent) => void, children: any }} props
  */
-export function Popover({ anchor, label, role = 'dialog', align = 'start', class: className = '', onClose, onKeyDown, children }) {
+export function Popover({
+  anchor,
+  label,
+  role = 'dialog',
+  align = 'start',
+  class: className = '',
+  onClose,
+  onKeyDown,
+  children,
+}) {
   const panel = useRef(null);
   const close = useRef(onClose);
   close.current = onClose;
@@ -100,8 +109,9 @@ export function Dropdown(props) {
     >
       ${face}
     </button>
-    ${open &&
-    html`<${Popover}
+    ${
+      open &&
+      html`<${Popover}
       anchor=${button.current}
       label=${panelLabel ?? label}
       role=${kind}
@@ -111,7 +121,8 @@ export function Dropdown(props) {
       onKeyDown=${kind === 'menu' ? moveInMenu : undefined}
     >
       ${props.children(close)}
-    <//>`}`;
+    <//>`
+    }`;
 }
 
 /** Arrow keys, Home, End and first letters in a list of menu items. */

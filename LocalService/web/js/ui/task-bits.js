@@ -45,12 +45,16 @@ export function PriorityMark({ priority }) {
 /** Small numbers of a card: checklist, comments, files. @param {{ task: any }} props */
 export function Counts({ task }) {
   const { checklist, comments, files } = task;
-  return html`${checklist?.total > 0 &&
+  return html`${
+    checklist?.total > 0 &&
     html`<span class="count num ${checklist.done === checklist.total ? 'is-complete' : ''}" title="Checklist items done">
       <${Icon} name="checklist" size=${15} />${checklist.done}/${checklist.total}
-    </span>`}
-    ${comments > 0 &&
-    html`<span class="count num" title="Comments"><${Icon} name="comment" size=${15} />${comments}</span>`}
+    </span>`
+  }
+    ${
+      comments > 0 &&
+      html`<span class="count num" title="Comments"><${Icon} name="comment" size=${15} />${comments}</span>`
+    }
     ${files > 0 && html`<span class="count num" title="Files"><${Icon} name="clip" size=${15} />${files}</span>`}`;
 }
 
@@ -65,23 +69,29 @@ export function TaskRow({ task, people, colors, showBoard = true }) {
     <${DoneCheck} task=${task} />
     <a class="task-row-title" href=${taskPath(task.key)}>${task.title}</a>
     <span class="task-row-meta">
-      ${labels.length > 0 &&
-      html`<span class="task-row-labels">
+      ${
+        labels.length > 0 &&
+        html`<span class="task-row-labels">
         ${labels.slice(0, 2).map((label) => html`<${LabelChip} key=${label.id} label=${label} />`)}
-        ${labels.length > 2 &&
-        html`<span
+        ${
+          labels.length > 2 &&
+          html`<span
           class="label tone-gray"
           title=${labels
             .slice(2)
             .map((label) => label.name)
             .join(', ')}
           >+${labels.length - 2}</span
-        >`}
-      </span>`}
-      ${showBoard &&
-      html`<span class="task-row-board">
+        >`
+        }
+      </span>`
+      }
+      ${
+        showBoard &&
+        html`<span class="task-row-board">
         <${BoardDot} color=${task.color ?? colors?.get(task.board_id)} /><span class="truncate">${task.board}</span>
-      </span>`}
+      </span>`
+      }
       <${PriorityMark} priority=${task.priority} />
       <${DueChip} task=${task} />
       <${AvatarStack} people=${faces} most=${2} />

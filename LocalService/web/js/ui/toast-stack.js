@@ -11,8 +11,9 @@ export function ToastStack() {
       (entry) => html`<div key=${entry.id} class="toast toast-${entry.tone}">
         ${entry.tone === 'error' && html`<${Icon} name="warning" size=${18} />`}
         <span class="grow">${entry.text}</span>
-        ${entry.undo &&
-        html`<button
+        ${
+          entry.undo &&
+          html`<button
           type="button"
           class="toast-action"
           onClick=${() => {
@@ -21,7 +22,8 @@ export function ToastStack() {
           }}
         >
           Undo
-        </button>`}
+        </button>`
+        }
         <button type="button" class="toast-close" aria-label="Dismiss" onClick=${() => dismissToast(entry.id)}>
           <${Icon} name="close" size=${16} />
         </button>

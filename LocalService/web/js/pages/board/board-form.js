@@ -20,7 +20,12 @@ export function BoardForm({ title, action, board, onSave, onClose }) {
   const sections = [...new Set((useBoards().data?.boards ?? []).map((entry) => entry.section).filter(Boolean))];
   const change = (part) => setValues((now) => ({ ...now, ...part }));
   const { busy, error, submit } = useSubmit(async () => {
-    await onSave({ ...values, name: values.name.trim(), description: values.description.trim(), section: values.section.trim() || null });
+    await onSave({
+      ...values,
+      name: values.name.trim(),
+      description: values.description.trim(),
+      section: values.section.trim() || null,
+    });
     onClose();
   });
   return html`<${Dialog} title=${title} class="dialog-small" onClose=${onClose}>

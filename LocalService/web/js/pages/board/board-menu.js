@@ -22,13 +22,16 @@ export function BoardMenu({ board }) {
       align="end"
       face=${html`<${Icon} name="more" />`}
     >
-      ${(closeMenu) => html`<${MenuItem} close=${closeMenu} icon=${html`<${Icon} name="edit" size=${18} />`} onSelect=${() => setDialog('edit')}>Edit board…<//>
+      ${(
+        closeMenu,
+      ) => html`<${MenuItem} close=${closeMenu} icon=${html`<${Icon} name="edit" size=${18} />`} onSelect=${() => setDialog('edit')}>Edit board…<//>
         <${MenuItem} close=${closeMenu} icon=${html`<${Icon} name="tag" size=${18} />`} onSelect=${() => setDialog('labels')}>Labels…<//>
         <hr class="menu-line" />
         <${MenuItem} danger close=${closeMenu} icon=${html`<${Icon} name="trash" size=${18} />`} onSelect=${() => setDialog('delete')}>Delete board…<//>`}
     <//>
-    ${dialog === 'edit' &&
-    html`<${BoardForm}
+    ${
+      dialog === 'edit' &&
+      html`<${BoardForm}
       title="Edit board"
       action="Save"
       board=${{ ...known, ...board }}
@@ -37,10 +40,12 @@ export function BoardMenu({ board }) {
         await api.updateBoard(board.id, values);
         invalidate((key) => ['boards', 'home', `board:${board.id}`].includes(key));
       }}
-    />`}
+    />`
+    }
     ${dialog === 'labels' && html`<${LabelsDialog} board=${board} onClose=${close} />`}
-    ${dialog === 'delete' &&
-    html`<${ConfirmDialog}
+    ${
+      dialog === 'delete' &&
+      html`<${ConfirmDialog}
       title="Delete this board?"
       text=${`“${board.name}” goes with all its lists and tasks. This can't be undone.`}
       action="Delete board"
@@ -50,5 +55,6 @@ export function BoardMenu({ board }) {
         navigate('/boards', 'replace');
         invalidate((key) => ['boards', 'home', 'my'].includes(key));
       }}
-    />`}`;
+    />`
+    }`;
 }

@@ -59,8 +59,9 @@ export function BoardPage({ route, current }) {
         )}
       </nav>
       <span class="grow"></span>
-      ${resource.data &&
-      html`<${FilterMenu} board=${resource.data.board} filter=${filter} onChange=${setFilter} />
+      ${
+        resource.data &&
+        html`<${FilterMenu} board=${resource.data.board} filter=${filter} onChange=${setFilter} />
         <button
           type="button"
           class="icon-button star ${resource.data.board.starred ? 'star-on' : ''}"
@@ -71,7 +72,8 @@ export function BoardPage({ route, current }) {
         >
           <${Icon} name=${resource.data.board.starred ? 'starOn' : 'star'} size=${18} />
         </button>
-        <${BoardMenu} board=${resource.data.board} />`}
+        <${BoardMenu} board=${resource.data.board} />`
+      }
     </div>
     <${Loaded} resource=${resource} rows=${6}>
       ${(data) => html`<${Shown} view=${view} data=${data} filter=${filter} clear=${() => setFilter(NO_FILTER)} current=${current} />`}
@@ -83,11 +85,13 @@ function Shown({ view, data, filter, clear, current }) {
   const tasks = useMemo(() => data.tasks.filter((task) => passes(filter, task)), [data.tasks, filter]);
   const hidden = data.tasks.length - tasks.length;
   return html`${data.more && html`<p class="filter-note" role="status">This board holds more tasks than are shown here. Search finds them all.</p>`}
-    ${hidden > 0 &&
-    html`<p class="filter-note" role="status">
+    ${
+      hidden > 0 &&
+      html`<p class="filter-note" role="status">
       ${hidden === 1 ? '1 task is' : `${hidden} tasks are`} filtered out.
       <button type="button" class="link-button" onClick=${clear}>Show all</button>
-    </p>`}
+    </p>`
+    }
     <${view.View} board=${data.board} tasks=${tasks} current=${current} />`;
 }
 

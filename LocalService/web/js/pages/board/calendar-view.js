@@ -1,7 +1,18 @@
 /** The board's due dates on a month. Tasks can be dragged to another day; the due date of an open task does the same by keys. */
 import { html, useMemo, useRef, useState } from '../../view.js';
 import { announce } from '../../core/announce.js';
-import { addDays, addMonths, clockTime, dayNumber, longDate, monthTitle, startOfMonth, startOfWeek, today, weekdayNames } from '../../core/dates.js';
+import {
+  addDays,
+  addMonths,
+  clockTime,
+  dayNumber,
+  longDate,
+  monthTitle,
+  startOfMonth,
+  startOfWeek,
+  today,
+  weekdayNames,
+} from '../../core/dates.js';
 import { overlay } from '../../core/overlay.js';
 import { taskPath } from '../../core/router.js';
 import { changeTask, dueOrder, isOverdue } from '../../core/tasks.js';
@@ -104,7 +115,9 @@ export function CalendarView({ board, tasks }) {
 function Day({ day, now, outside, tasks, target, board }) {
   const shown = tasks.slice(0, tasks.length > MOST ? MOST - 1 : MOST);
   const rest = tasks.slice(shown.length);
-  const classes = ['month-day', outside && 'is-outside', day === now && 'is-today', target && 'is-target'].filter(Boolean);
+  const classes = ['month-day', outside && 'is-outside', day === now && 'is-today', target && 'is-target'].filter(
+    Boolean,
+  );
   return html`<td class=${classes.join(' ')} data-day=${day}>
     <div class="month-day-head">
       <time class="num" datetime=${day} aria-label=${longDate(day)} aria-current=${day === now ? 'date' : undefined}>${Number(day.slice(8))}</time>
@@ -118,8 +131,9 @@ function Day({ day, now, outside, tasks, target, board }) {
       </button>
     </div>
     ${shown.map((task) => html`<${DayTask} key=${task.key} task=${task} now=${now} />`)}
-    ${rest.length > 0 &&
-    html`<${Dropdown}
+    ${
+      rest.length > 0 &&
+      html`<${Dropdown}
       kind="dialog"
       class="month-more"
       panelClass="month-panel"
@@ -129,7 +143,8 @@ function Day({ day, now, outside, tasks, target, board }) {
     >
       ${() => html`<h3>${longDate(day)}</h3>
         ${tasks.map((task) => html`<${DayTask} key=${task.key} task=${task} now=${now} />`)}`}
-    <//>`}
+    <//>`
+    }
   </td>`;
 }
 

@@ -35,9 +35,11 @@ export function Column({ board, list, lists, index, cards, moving, movingCard })
   return html`<section class="column ${here ? 'is-target' : ''}" data-list=${list.id} aria-label=${list.name}>
     <div class="column-head">
       ${complete && html`<span class="column-done" role="img" aria-label="Done list" title="Tasks here are done"><${Icon} name="check" size=${16} /></span>`}
-      ${renaming
-        ? html`<${RenameList} board=${board} list=${list} close=${() => setRenaming(false)} />`
-        : html`<h2 class="truncate" title=${list.name}>${list.name}</h2>`}
+      ${
+        renaming
+          ? html`<${RenameList} board=${board} list=${list} close=${() => setRenaming(false)} />`
+          : html`<h2 class="truncate" title=${list.name}>${list.name}</h2>`
+      }
       <span class="column-count num" aria-label=${`${cards.length} tasks`}>${cards.length}</span>
       <${ColumnMenu} board=${board} list=${list} lists=${lists} index=${index} rename=${() => setRenaming(true)} />
     </div>
@@ -51,7 +53,12 @@ export function Column({ board, list, lists, index, cards, moving, movingCard })
 /** @param {{ card: any, picked?: boolean }} props */
 function Card({ card, picked = false }) {
   const labels = card.label_tags ?? [];
-  const hasMeta = card.due_date || (card.priority && card.priority !== 'none') || card.comments || card.files || card.checklist?.total;
+  const hasMeta =
+    card.due_date ||
+    (card.priority && card.priority !== 'none') ||
+    card.comments ||
+    card.files ||
+    card.checklist?.total;
   const people = card.assignee_people ?? [];
   return html`<li class="card ${card.done ? 'is-done' : ''} ${picked ? 'is-picked' : ''}" data-key=${card.key}>
     ${labels.length > 0 && html`<div class="card-labels">${labels.map((label) => html`<${LabelChip} key=${label.id} label=${label} />`)}</div>`}
@@ -59,14 +66,16 @@ function Card({ card, picked = false }) {
       <${DoneCheck} task=${card} />
       <a class="card-title" href=${taskPath(card.key)} draggable=${false} aria-describedby="card-help">${card.title}</a>
     </div>
-    ${(hasMeta || people.length > 0) &&
-    html`<div class="card-meta">
+    ${
+      (hasMeta || people.length > 0) &&
+      html`<div class="card-meta">
       <${PriorityMark} priority=${card.priority} />
       <${DueChip} task=${card} />
       <${Counts} task=${card} />
       <span class="grow"></span>
       <${AvatarStack} people=${people} />
-    </div>`}
+    </div>`
+    }
   </li>`;
 }
 
@@ -84,16 +93,24 @@ function ColumnMenu({ board, list, lists, index, rename }) {
   return html`<${Dropdown} class="icon-button icon-button-small" label=${`Menu of ${list.name}`} align="end" face=${html`<${Icon} name="more" size=${18} />`}>
     ${(close) => [
       item('edit', 'Rename', rename, { close }),
-      item('left', 'Move left', () => change(() => api.updateList(list.id, { position: index - 1 })), { close, disabled: index === 0 }),
+      item('left', 'Move left', () => change(() => api.updateList(list.id, { position: index - 1 })), {
+        close,
+        disabled: index === 0,
+      }),
       item('right', 'Move right', () => change(() => api.updateList(list.id, { position: index + 1 })), {
         close,
         disabled: index === lists.length - 1,
       }),
-      item('trash', list.total > 0 ? 'Delete (move its tasks first)' : 'Delete', () => change(() => api.deleteList(list.id)), {
-        close,
-        danger: true,
-        disabled: list.total > 0,
-      }),
+      item(
+        'trash',
+        list.total > 0 ? 'Delete (move its tasks first)' : 'Delete',
+        () => change(() => api.deleteList(list.id)),
+        {
+          close,
+          danger: true,
+          disabled: list.total > 0,
+        },
+      ),
     ]}
   <//>`;
 }
@@ -185,9 +202,11 @@ function AddCardForm({ board, list, draft, close }) {
 export function AddList({ board }) {
   const [open, setOpen] = useState(false);
   return html`<section class="column column-new" aria-label="New list">
-    ${open
-      ? html`<${AddListForm} board=${board} close=${() => setOpen(false)} />`
-      : html`<button type="button" class="add-card" onClick=${() => setOpen(true)}><${Icon} name="plus" size=${17} />Add a list</button>`}
+    ${
+      open
+        ? html`<${AddListForm} board=${board} close=${() => setOpen(false)} />`
+        : html`<button type="button" class="add-card" onClick=${() => setOpen(true)}><${Icon} name="plus" size=${17} />Add a list</button>`
+    }
     <p id="card-help" class="sr-only">Enter opens, Space picks up to move with the arrow keys, X marks as done.</p>
   </section>`;
 }

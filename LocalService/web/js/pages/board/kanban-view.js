@@ -80,7 +80,14 @@ export function KanbanView({ board, tasks }) {
 
   const onKeyDown = (event) => {
     const element = event.target.closest?.('.card');
-    if (!element || event.target !== element.querySelector('.card-title') || event.ctrlKey || event.metaKey || event.altKey) return;
+    if (
+      !element ||
+      event.target !== element.querySelector('.card-title') ||
+      event.ctrlKey ||
+      event.metaKey ||
+      event.altKey
+    )
+      return;
     const key = element.dataset.key;
     if (moving?.by === 'keys') moveByKey(event);
     else walk(event, key);

@@ -11,7 +11,8 @@ import { Icon } from '../../ui/icon.js';
 /** @param {{ board: any, onClose: () => void }} props */
 export function LabelsDialog({ board, onClose }) {
   const [editing, setEditing] = useState(null);
-  const refresh = () => invalidate((key) => key === `board:${board.id}` || key.startsWith('task:') || key === 'home' || key === 'my');
+  const refresh = () =>
+    invalidate((key) => key === `board:${board.id}` || key.startsWith('task:') || key === 'home' || key === 'my');
   return html`<${Dialog} title="Labels" class="dialog-small" onClose=${onClose}>
     <ul class="label-rows">
       ${board.labels.map((label) =>
@@ -37,8 +38,9 @@ export function LabelsDialog({ board, onClose }) {
       )}
     </ul>
     ${board.labels.length === 0 && html`<p class="muted">This board has no labels yet.</p>`}
-    ${editing === 'new'
-      ? html`<ul>
+    ${
+      editing === 'new'
+        ? html`<ul>
           <${LabelForm}
             label=${{ name: '', tone: LABEL_TONES[board.labels.length % LABEL_TONES.length] }}
             action="Add"
@@ -50,7 +52,8 @@ export function LabelsDialog({ board, onClose }) {
             onCancel=${() => setEditing(null)}
           />
         </ul>`
-      : html`<button type="button" class="button" autofocus onClick=${() => setEditing('new')}><${Icon} name="plus" size=${17} />New label</button>`}
+        : html`<button type="button" class="button" autofocus onClick=${() => setEditing('new')}><${Icon} name="plus" size=${17} />New label</button>`
+    }
   <//>`;
 }
 

@@ -51,4 +51,5 @@ export function passes(filter, task) {
 }
 
 /** Ids of the people a task is assigned to. @param {any} task @returns {string[]} */
-export const assigneesOf = (task) => (task.assignee_people ? task.assignee_people.map((person) => person.id) : (task.assignees ?? []));
+export const assigneesOf = (task) =>
+  task.assignee_people ? task.assignee_people.map((person) => person.id) : (task.assignees ?? []);

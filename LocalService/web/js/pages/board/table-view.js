@@ -36,7 +36,8 @@ export function TableView({ board, tasks }) {
     return column ? plain.sort((a, b) => (sort.down ? -1 : 1) * column.compare(a, b, order)) : plain;
   }, [board.lists, tasks, sort]);
   const sortBy = (id) => {
-    const next = sort.by !== id ? { by: id, down: false } : sort.down ? { by: '', down: false } : { by: id, down: true };
+    const next =
+      sort.by !== id ? { by: id, down: false } : sort.down ? { by: '', down: false } : { by: id, down: true };
     setSort(next);
     remember('table.sort', next.by && `${next.by} ${next.down ? 'down' : 'up'}`);
   };

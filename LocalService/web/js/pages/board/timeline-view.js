@@ -78,15 +78,19 @@ export function TimelineView({ board, tasks }) {
         )}
       </div>
       <span class="grow"></span>
-      ${tasks.length > dated.length &&
-      html`<span class="faint">${tasks.length - dated.length === 1 ? '1 task has' : `${tasks.length - dated.length} tasks have`} no dates</span>`}
+      ${
+        tasks.length > dated.length &&
+        html`<span class="faint">${tasks.length - dated.length === 1 ? '1 task has' : `${tasks.length - dated.length} tasks have`} no dates</span>`
+      }
     </div>
     <div ref=${root} class="timeline-scroll" tabindex="0" role="region" aria-label="Timeline">
       <div class="timeline-head">
         <div class="timeline-corner">Task</div>
         <div class="timeline-days">
           ${months(first, length).map(
-            (month) => html`<span key=${month.day} class="timeline-month" style=${{ '--from': month.at, '--span': month.length }}
+            (
+              month,
+            ) => html`<span key=${month.day} class="timeline-month" style=${{ '--from': month.at, '--span': month.length }}
               ><span>${monthTitle(month.day)}</span></span
             >`,
           )}
@@ -161,4 +165,6 @@ function months(first, length) {
 }
 
 const ticks = (first, length, scale) =>
-  Array.from({ length }, (_, index) => addDays(first, index)).filter((day) => scale.id === 'weeks' || weekday(day) === 1);
+  Array.from({ length }, (_, index) => addDays(first, index)).filter(
+    (day) => scale.id === 'weeks' || weekday(day) === 1,
+  );

@@ -23,8 +23,8 @@ const mapItem = (lists, id, change) =>
 /** @param {{ task: any, canEdit: boolean, reload: () => void }} props */
 export function Checklists({ task, canEdit, reload }) {
   return html`${task.checklists.map(
-      (list) => html`<${Checklist} key=${list.id} task=${task} list=${list} canEdit=${canEdit} reload=${reload} />`,
-    )}
+    (list) => html`<${Checklist} key=${list.id} task=${task} list=${list} canEdit=${canEdit} reload=${reload} />`,
+  )}
     ${canEdit && html`<${AddChecklist} task=${task} reload=${reload} />`}`;
 }
 
@@ -41,19 +41,26 @@ function Checklist({ task, list, canEdit, reload }) {
       <h2>${list.title}</h2>
       <span class="faint num">${done}/${list.items.length}</span>
       <span class="grow"></span>
-      ${canEdit &&
-      html`<button type="button" class="icon-button icon-button-small" aria-label=${`Delete checklist ${list.title}`} title="Delete checklist" onClick=${remove}>
+      ${
+        canEdit &&
+        html`<button type="button" class="icon-button icon-button-small" aria-label=${`Delete checklist ${list.title}`} title="Delete checklist" onClick=${remove}>
         <${Icon} name="trash" size=${16} />
-      </button>`}
+      </button>`
+      }
     </div>
     ${list.items.length > 0 && html`<${Progress} done=${done} total=${list.items.length} label=${`${list.title}: items done`} />`}
     <ul class="checklist">
       ${list.items.map((item) => html`<${Item} key=${item.id} task=${task} item=${item} canEdit=${canEdit} />`)}
     </ul>
-    ${canEdit && html`<${AddLine} draft=${`draft.item.${list.id}`} label=${`Add to ${list.title}`} placeholder="Add an item" onAdd=${async (text) => {
-      await api.createItem(list.id, text);
-      reload();
-    }} />`}
+    ${
+      canEdit &&
+      html`<${AddLine} draft=${`draft.item.${list.id}`} label=${`Add to ${list.title}`} placeholder="Add an item" onAdd=${async (
+        text,
+      ) => {
+        await api.createItem(list.id, text);
+        reload();
+      }} />`
+    }
   </section>`;
 }
 
@@ -63,7 +70,8 @@ function Item({ task, item, canEdit }) {
     changeLists(
       task,
       (lists) => mapItem(lists, item.id, (entry) => [{ ...entry, done: !item.done }]),
-      () => call('POST', `/api/v1/tasks/${encodeURIComponent(task.key)}/checklist`, { item: item.id, done: !item.done }),
+      () =>
+        call('POST', `/api/v1/tasks/${encodeURIComponent(task.key)}/checklist`, { item: item.id, done: !item.done }),
     );
   const remove = () =>
     changeLists(
@@ -85,9 +93,10 @@ function Item({ task, item, canEdit }) {
     <button type="button" role="checkbox" class="done-check is-square" aria-checked=${String(item.done)} aria-label=${item.text} onClick=${flip}>
       <${Icon} name="check" size=${13} />
     </button>
-    ${editing
-      ? html`<${ItemField} item=${item} save=${save} />`
-      : html`<button
+    ${
+      editing
+        ? html`<${ItemField} item=${item} save=${save} />`
+        : html`<button
           type="button"
           class="check-text grow"
           aria-label=${`Edit: ${item.text}`}
@@ -95,11 +104,14 @@ function Item({ task, item, canEdit }) {
           onClick=${() => setEditing(true)}
         >
           ${item.text}
-        </button>`}
-    ${canEdit &&
-    html`<button type="button" class="icon-button icon-button-small on-hover" aria-label=${`Delete: ${item.text}`} onClick=${remove}>
+        </button>`
+    }
+    ${
+      canEdit &&
+      html`<button type="button" class="icon-button icon-button-small on-hover" aria-label=${`Delete: ${item.text}`} onClick=${remove}>
       <${Icon} name="close" size=${15} />
-    </button>`}
+    </button>`
+    }
   </li>`;
 }
 

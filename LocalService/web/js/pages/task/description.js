@@ -54,12 +54,16 @@ export function Description({ task, canEdit }) {
     start();
   };
   return html`<section class="task-section" aria-label="Description">
-    ${task.description
-      ? html`<div class="description ${canEdit ? 'can-edit' : ''}" onClick=${onClick}>
+    ${
+      task.description
+        ? html`<div class="description ${canEdit ? 'can-edit' : ''}" onClick=${onClick}>
           <${RichText} text=${task.description} />
         </div>`
-      : null}
-    ${canEdit &&
-    html`<button type="button" class="link-button" onClick=${start}>${task.description ? 'Edit description' : 'Add a description'}</button>`}
+        : null
+    }
+    ${
+      canEdit &&
+      html`<button type="button" class="link-button" onClick=${start}>${task.description ? 'Edit description' : 'Add a description'}</button>`
+    }
   </section>`;
 }

@@ -69,18 +69,21 @@ function Comment({ comment, reload }) {
         <time class="faint num" datetime=${new Date(comment.at).toISOString()} title=${moment(comment.at)}>${ago(comment.at)}</time>
         ${comment.edited && html`<span class="faint">edited</span>`}
         <span class="grow"></span>
-        ${comment.mine &&
-        !editing &&
-        html`<button type="button" class="icon-button icon-button-small on-hover" aria-label="Edit comment" onClick=${() => {
+        ${
+          comment.mine &&
+          !editing &&
+          html`<button type="button" class="icon-button icon-button-small on-hover" aria-label="Edit comment" onClick=${() => {
             setText(comment.body);
             setEditing(true);
           }}><${Icon} name="edit" size=${15} /></button>
           <button type="button" class="icon-button icon-button-small on-hover" aria-label="Delete comment" onClick=${() => setDeleting(true)}>
             <${Icon} name="trash" size=${15} />
-          </button>`}
+          </button>`
+        }
       </div>
-      ${editing
-        ? html`<form class="form" onSubmit=${submit}>
+      ${
+        editing
+          ? html`<form class="form" onSubmit=${submit}>
             <${GrowArea}
               class="input"
               aria-label="Comment"
@@ -99,10 +102,12 @@ function Comment({ comment, reload }) {
               <button type="button" class="button button-small" onClick=${() => setEditing(false)}>Cancel</button>
             </div>
           </form>`
-        : html`<${RichText} text=${comment.body} />`}
+          : html`<${RichText} text=${comment.body} />`
+      }
     </div>
-    ${deleting &&
-    html`<${ConfirmDialog}
+    ${
+      deleting &&
+      html`<${ConfirmDialog}
       title="Delete this comment?"
       text="It goes for everyone. This can't be undone."
       action="Delete"
@@ -111,7 +116,8 @@ function Comment({ comment, reload }) {
         await api.deleteComment(comment.id);
         reload();
       }}
-    />`}
+    />`
+    }
   </li>`;
 }
 
@@ -143,11 +149,13 @@ function Composer({ task, me, reload }) {
         }}
       />
       ${error && html`<p class="form-error" role="alert">${error}</p>`}
-      ${text.trim() !== '' &&
-      html`<div class="row">
+      ${
+        text.trim() !== '' &&
+        html`<div class="row">
         <button class="button button-primary button-small" disabled=${busy}>Comment</button>
         <span class="faint hint-keys">Ctrl+Enter sends</span>
-      </div>`}
+      </div>`
+      }
     </div>
   </form>`;
 }

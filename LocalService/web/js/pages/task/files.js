@@ -61,12 +61,15 @@ export function Files({ task, canEdit, reload }) {
     onDrop=${onDrop}
   >
     <div class="section-head"><h2>Files</h2></div>
-    ${task.files.length > 0 &&
-    html`<ul class="file-list">
+    ${
+      task.files.length > 0 &&
+      html`<ul class="file-list">
       ${task.files.map((file) => html`<${FileRow} key=${file.id} file=${file} canEdit=${canEdit} reload=${reload} />`)}
-    </ul>`}
-    ${canEdit &&
-    html`<div class="row">
+    </ul>`
+    }
+    ${
+      canEdit &&
+      html`<div class="row">
       <button type="button" class="button button-small" disabled=${busy !== ''} onClick=${() => chooser.current.click()}>
         <${Icon} name="upload" size=${16} />${busy ? `Uploading ${busy}…` : 'Add files'}
       </button>
@@ -83,7 +86,8 @@ export function Files({ task, canEdit, reload }) {
           upload(list);
         }}
       />
-    </div>`}
+    </div>`
+    }
   </section>`;
 }
 
@@ -99,18 +103,22 @@ function FileRow({ file, canEdit, reload }) {
   };
   return html`<li class="file-row">
     <span class="file-thumb" aria-hidden="true">
-      ${SHOWN_INLINE.test(file.mime ?? '')
-        ? html`<img src=${`${address}?inline=1`} alt="" loading="lazy" />`
-        : html`<${Icon} name="file" size=${18} />`}
+      ${
+        SHOWN_INLINE.test(file.mime ?? '')
+          ? html`<img src=${`${address}?inline=1`} alt="" loading="lazy" />`
+          : html`<${Icon} name="file" size=${18} />`
+      }
     </span>
     <a class="grow file-name" href=${address} download=${file.name}>
       <span class="truncate">${file.name}</span>
       <span class="faint num">${Number.isFinite(file.size) ? sizeText(file.size) : ''}</span>
     </a>
     <a class="icon-button" href=${address} download=${file.name} aria-label=${`Download ${file.name}`} title="Download"><${Icon} name="download" size=${17} /></a>
-    ${canEdit &&
-    html`<button type="button" class="icon-button" aria-label=${`Delete ${file.name}`} title="Delete" onClick=${remove}>
+    ${
+      canEdit &&
+      html`<button type="button" class="icon-button" aria-label=${`Delete ${file.name}`} title="Delete" onClick=${remove}>
       <${Icon} name="trash" size=${17} />
-    </button>`}
+    </button>`
+    }
   </li>`;
 }

@@ -42,7 +42,8 @@ export function Side({ task, board, people, canEdit }) {
           }}
         >
           ${(board?.lists ?? [{ id: task.list_id, name: task.list }]).map(
-            (list) => html`<option key=${list.id} value=${list.id} selected=${list.id === task.list_id}>${list.name}</option>`,
+            (list) =>
+              html`<option key=${list.id} value=${list.id} selected=${list.id === task.list_id}>${list.name}</option>`,
           )}
         </select>
       <//>
@@ -101,7 +102,9 @@ export function Side({ task, board, people, canEdit }) {
 
 /** Assigned people by id; the service may name them by id or by name. */
 const idsOf = (task, people) =>
-  people.filter((person) => task.assignees.includes(person.id) || task.assignees.includes(person.name)).map((person) => person.id);
+  people
+    .filter((person) => task.assignees.includes(person.id) || task.assignees.includes(person.name))
+    .map((person) => person.id);
 
 const Field = ({ name, children }) => html`<div class="side-field"><dt>${name}</dt><dd>${children}</dd></div>`;
 
@@ -132,7 +135,8 @@ function parseMinutes(text) {
 }
 
 function Estimate({ task, disabled }) {
-  const shown = Number.isFinite(task.estimate_minutes) && task.estimate_minutes > 0 ? duration(task.estimate_minutes) : '';
+  const shown =
+    Number.isFinite(task.estimate_minutes) && task.estimate_minutes > 0 ? duration(task.estimate_minutes) : '';
   const [text, setText] = useState(shown);
   const [bad, setBad] = useState(false);
   useEffect(() => setText(shown), [shown]);

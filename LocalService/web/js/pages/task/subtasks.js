@@ -9,20 +9,24 @@ import { AddLine } from './checklists.js';
 export function Subtasks({ task, canEdit, reload }) {
   const { subtasks, blocked_by: blockers } = task;
   const done = subtasks.filter((entry) => entry.done).length;
-  return html`${blockers?.length > 0 &&
+  return html`${
+    blockers?.length > 0 &&
     html`<section class="task-section" aria-label="Waits for">
       <div class="section-head"><h2>Waits for</h2></div>
       <ul class="sub-list">${blockers.map((entry) => html`<${Ref} key=${entry.key} entry=${entry} />`)}</ul>
-    </section>`}
-    ${(canEdit || subtasks.length > 0) &&
-    html`<section class="task-section" aria-label="Subtasks">
+    </section>`
+  }
+    ${
+      (canEdit || subtasks.length > 0) &&
+      html`<section class="task-section" aria-label="Subtasks">
       <div class="section-head">
         <h2>Subtasks</h2>
         ${subtasks.length > 0 && html`<span class="faint num">${done}/${subtasks.length}</span>`}
       </div>
       <ul class="sub-list">${subtasks.map((entry) => html`<${Ref} key=${entry.key} entry=${entry} />`)}</ul>
-      ${canEdit &&
-      html`<${AddLine}
+      ${
+        canEdit &&
+        html`<${AddLine}
         draft=${`draft.subtask.${task.key}`}
         label="Add a subtask"
         placeholder="Add a subtask"
@@ -30,8 +34,10 @@ export function Subtasks({ task, canEdit, reload }) {
           await api.createSubtask(task.key, title);
           reload();
         }}
-      />`}
-    </section>`}`;
+      />`
+      }
+    </section>`
+    }`;
 }
 
 function Ref({ entry }) {

@@ -38,9 +38,11 @@ function TaskView({ task, reload, me }) {
         <a href=${boardPath(task.board_id)}><${BoardDot} color=${board?.color} /><span class="truncate">${task.board}</span></a>
         <${Icon} name="right" size=${14} />
         <span class="truncate">${task.list}</span>
-        ${task.parent &&
-        html`<${Icon} name="right" size=${14} />
-          <a class="truncate" href=${taskPath(task.parent.key)} title=${task.parent.title}>${task.parent.key}</a>`}
+        ${
+          task.parent &&
+          html`<${Icon} name="right" size=${14} />
+          <a class="truncate" href=${taskPath(task.parent.key)} title=${task.parent.title}>${task.parent.key}</a>`
+        }
         <span class="grow"></span>
         <${TaskMenu} task=${task} canEdit=${canEdit} />
       </nav>
@@ -113,8 +115,12 @@ function TaskMenu({ task, canEdit }) {
     await deleteTask(task);
   };
   return html`<${Dropdown} class="icon-button" label="Task menu" title="Task menu" align="end" face=${html`<${Icon} name="more" />`}>
-    ${(close) => html`<${MenuItem} close=${close} icon=${html`<${Icon} name="link" size=${18} />`} onSelect=${copyLink}>Copy link<//>
-      ${canEdit &&
-      html`<${MenuItem} danger close=${close} icon=${html`<${Icon} name="trash" size=${18} />`} onSelect=${remove}>Delete task<//>`}`}
+    ${(
+      close,
+    ) => html`<${MenuItem} close=${close} icon=${html`<${Icon} name="link" size=${18} />`} onSelect=${copyLink}>Copy link<//>
+      ${
+        canEdit &&
+        html`<${MenuItem} danger close=${close} icon=${html`<${Icon} name="trash" size=${18} />`} onSelect=${remove}>Delete task<//>`
+      }`}
   <//>`;
 }
