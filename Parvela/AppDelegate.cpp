@@ -120,6 +120,14 @@ Task<void> AppDelegate::readCredentials() {
     if (model_->hasToken.get()) model_->refreshAll().detach();
 }
 
+/// Settings and token may have been changed by the "parvela" command.
+Task<void> AppDelegate::readSettings() {
+    auto switching = model_->setServer(model_->session.server());
+    co_await switching;
+    auto reading = readCredentials();
+    co_await reading;
+}
+
 void AppDelegate::addAction(const char* name, std::function<void()> handler) {
     const auto action = Ref<GSimpleAction>::adopt(g_simple_action_new(name, nullptr));
     connections_.push_back(connect<void(GSimpleAction*, GVariant*)>(
@@ -128,6 +136,7 @@ void AppDelegate::addAction(const char* name, std::function<void()> handler) {
 }
 
 void AppDelegate::addActions() {
+    addAction("reload-settings", [this] { readSettings().detach(); });
     addAction("about", [this] { showAbout(); });
     addAction("showSettings", [this] { showSettings(); });
     addAction("showQuickAdd", [this] { showQuickAdd(); });

@@ -48,6 +48,7 @@ private:
     void willTerminate();
     Task<void> readDevice();
     Task<void> readCredentials();
+    Task<void> readSettings();
     void lastWindowClosed();
     void addActions();
     void addAction(const char* name, std::function<void()> handler);
