@@ -37,7 +37,7 @@ public:
     }
 
     void write(std::size_t number) {
-        std::array<char, 20> digits;
+        std::array<char, 20> digits{};
         text_.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
     }
     void write(int number) { write(static_cast<std::size_t>(number)); }

@@ -84,6 +84,7 @@ private:
     QuickAddResult result_;
     IdList assigneeIds_{result_.assigneeIds};
     IdList labelIds_{result_.labelIds};
+    CivilDate dueDay_;  // as in the result, when a date was found
     bool isTimeImplied_ = false;
     RepeatMatch::Anchor repeatAnchor_ = RepeatMatch::Anchor::given;
 };
@@ -166,7 +167,8 @@ std::size_t Parser::takeDate(std::size_t index) {
     for (std::size_t lead = leadLength(index, TermKind::on, TermKind::by) + 1; lead-- > 0;) {
         const auto match = recogniseDate(line_, index + lead, context_.today);
         if (!match || !areAvailable(index, lead + match->length)) continue;
-        result_.dueDate = match->date.text();
+        dueDay_ = match->date;
+        result_.dueDate = dueDay_.text();
         if (match->impliedTime == DateMatch::ImpliedTime::evening && !result_.dueTime) {
             result_.dueTime = "18:00";
             isTimeImplied_ = true;
@@ -242,9 +244,10 @@ std::optional<NameMatch> Parser::resolveLabel(std::u16string_view name) {
 void Parser::completeRepeat() {
     auto& rule = *result_.repeat;
     if (!result_.dueDate) {
-        result_.dueDate = firstDate(rule, context_.today).text();
+        const CivilDate date = firstDate(rule, context_.today);
+        if (hasDateText(date)) result_.dueDate = date.text();
     } else if (repeatAnchor_ == RepeatMatch::Anchor::implicit) {
-        rule = anchoredAt(std::move(rule), *CivilDate::parse(*result_.dueDate));
+        rule = anchoredAt(std::move(rule), dueDay_);
     }
     const auto token = std::ranges::find(result_.tokens, Kind::repeat, &QuickAddToken::kind);
     token->value = rule.ruleString();

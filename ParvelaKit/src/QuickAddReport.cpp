@@ -71,6 +71,7 @@ std::string report(std::string_view line, const QuickAddResult& result, CivilDat
     std::string text;
     appendLine(text, terminal.text);
     std::vector<Mark> marks;
+    marks.reserve(result.tokens.size());
     for (const auto& token : result.tokens) {
         marks.push_back({columnAt(token.start), columnAt(token.end),
                          fmt::format("{}: {}", kindName(token.kind), shown(token.display))});

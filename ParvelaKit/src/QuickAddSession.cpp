@@ -30,7 +30,7 @@ std::optional<std::size_t> pieceAt(const Pieces& pieces, std::size_t place) {
 
 }  // namespace
 
-void QuickAddSession::edit(std::string text, std::size_t caret) {
+void QuickAddSession::edit(std::string_view text, std::size_t caret) {
     if (text == text_) return moveCaret(caret);  // a field that was told the text reports it back
     setText(toUtf16(text), caret);
     errorText_.reset();

@@ -43,7 +43,7 @@ public:
     // What the field reports.
 
     /// The text after an edit, and the caret behind it. Tells by itself which piece was changed.
-    void edit(std::string text, std::size_t caret);
+    void edit(std::string_view text, std::size_t caret);
     void moveCaret(std::size_t caret);
     Handled press(Key key);
     /// By a click. The caret comes to stand behind the name.

@@ -31,7 +31,7 @@ std::size_t asciiPrefix(std::string_view text) {
 
 void widen(const char* from, char16_t* to, std::size_t length) {
     const bool isDone = forEachBlock<blockSize>(length, [&](std::size_t position) {
-        std::array<unsigned char, blockSize> block;
+        std::array<unsigned char, blockSize> block{};
         std::memcpy(block.data(), from + position, blockSize);
         for (std::size_t i = 0; i < blockSize; ++i) to[position + i] = block[i];
     });
@@ -40,7 +40,7 @@ void widen(const char* from, char16_t* to, std::size_t length) {
 
 void narrow(const char16_t* from, char* to, std::size_t length) {
     const bool isDone = forEachBlock<blockSize>(length, [&](std::size_t position) {
-        std::array<char, blockSize> block;
+        std::array<char, blockSize> block{};
         for (std::size_t i = 0; i < blockSize; ++i) block[i] = static_cast<char>(from[position + i]);
         std::memcpy(to + position, block.data(), blockSize);
     });

@@ -20,6 +20,12 @@ CivilDate endOfWeek(CivilDate today) {
     return today.addingDays(daysUntil(friday, today));
 }
 
+std::optional<DateMatch> tonight(CivilDate today) {
+    auto date = match(today, 1);
+    if (date) date->impliedTime = DateMatch::ImpliedTime::evening;
+    return date;
+}
+
 /// "friday": never today.
 std::optional<DateMatch> weekdayAlone(const Line& line, std::size_t index, CivilDate today) {
     const Term term = line.term(index);
@@ -73,7 +79,7 @@ std::optional<DateMatch> afterIn(const Line& line, std::size_t index, CivilDate 
             return match(today.addingDays(count), 3);
         case TermKind::week:
         case TermKind::weeks:
-            return match(today.addingDays(7 * count), 3);
+            return match(today.addingDays(std::int64_t{7} * count), 3);
         case TermKind::month:
         case TermKind::months:
             return match(today.addingMonths(count), 3);
@@ -149,7 +155,7 @@ std::optional<DateMatch> recogniseDate(const Line& line, std::size_t index, Civi
         case TermKind::today:
             return match(today, 1);
         case TermKind::tonight:
-            return {{1, today, DateMatch::ImpliedTime::evening}};
+            return tonight(today);
         case TermKind::tomorrow:
             return match(today.addingDays(1), 1);
         case TermKind::endOfWeek:

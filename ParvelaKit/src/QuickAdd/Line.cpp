@@ -43,7 +43,7 @@ Line::Characters Line::lowerAscii() {
         hashes |= hashesHere;
     };
     const bool isDone = forEachBlock<blockSize>(text_.size(), [&](std::size_t position) {
-        std::array<char16_t, blockSize> block;
+        std::array<char16_t, blockSize> block{};
         std::memcpy(block.data(), text_.data() + position, sizeof(block));
         lower(block.data(), block.data(), std::integral_constant<std::size_t, blockSize>());
         std::memcpy(lowered_.data() + position, block.data(), sizeof(block));

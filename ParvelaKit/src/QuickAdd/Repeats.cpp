@@ -34,7 +34,7 @@ RepeatMatch monthAfterEvery(const Line& line, std::size_t index) {
         ++length;
         if (line.term(index + length).kind == TermKind::the) ++length;
         const auto day = line.isAvailable(index + length) ? matchDayOfMonth(line.lower(index + length)) : std::nullopt;
-        if (day && *day >= 1 && *day <= 31) return {length + 1, {Freq::monthly, std::nullopt, *day}, Anchor::given};
+        if (day && *day >= 1 && *day <= 31) return {length + 1, {Freq::monthly, std::nullopt, day}, Anchor::given};
     }
     return {2, {Freq::monthly}, Anchor::implicit};
 }

@@ -15,7 +15,7 @@ class SmallBuffer {
     static_assert(std::is_trivially_copyable_v<T>);
 
 public:
-    SmallBuffer() = default;
+    SmallBuffer() = default;  // NOLINT(cppcoreguidelines-pro-type-member-init): filling the array is what this avoids
     SmallBuffer(const SmallBuffer&) = delete;
     SmallBuffer& operator=(const SmallBuffer&) = delete;
 

@@ -181,6 +181,8 @@ TEST(QuickAddParser, leavesWhatIsNoDate) {
     expectPlain(tuesday, {"jun 1\u0660", "\u0661\u0660 jun", "in \u0663 days", "202\u0665-06-10", "6/1\u0660",
                           "jun 12 20\u0662\u0666"});
     expectPlain({9999, 12, 31}, {"tomorrow", "next month", "jan 1"});
+    expectPlain({12000, 1, 1}, {"today", "tonight"});
+    EXPECT_EQ(QuickAdd::parse("weekly tonight", on({12000, 1, 1})).dueDate, std::nullopt);
 }
 
 TEST(QuickAddParser, findsTimes) {
