@@ -11,9 +11,9 @@ namespace parvela::service {
 namespace {
 
 /// Five wrong passwords at once, then one more every minute.
-constexpr RateLimiter::Limit kFailedSignIns{.burst = 5, .perMinute = 1};
-constexpr auto kDeletedKept = std::chrono::days(30);
-constexpr unsigned kTidySeconds = 60 * 60;
+constexpr RateLimiter::Limit failedSignIns{.burst = 5, .perMinute = 1};
+constexpr auto deletedKept = std::chrono::days(30);
+constexpr unsigned tidySeconds = 60 * 60;
 
 HttpSite httpSite(Site& site) {
     return {.admit = [&site](const Request& request) { return site.admit(request); },
@@ -29,7 +29,7 @@ Service::Service(Options options, const Clock& clock, Random& random)
       backend_(database_, clock, random, options_.passwordCost, options_.zone.value_or(Zone::local())),
       requests_(clock, {.burst = static_cast<double>(options_.requestsPerMinute),
                         .perMinute = static_cast<double>(options_.requestsPerMinute)}),
-      failedSignIns_(clock, kFailedSignIns),
+      failedSignIns_(clock, failedSignIns),
       events_(backend_.stores.boards, backend_.changes),
       assets_(options_.assets) {
     backend_.settings.demo = options_.demo;
@@ -40,7 +40,7 @@ Service::Service(Options options, const Clock& clock, Random& random)
                    backend_.machineZone.dayOf(clock.now()));
     }
     tidyTimer_ = g_timeout_add_seconds(
-        kTidySeconds,
+        tidySeconds,
         [](gpointer self) -> gboolean {
             static_cast<Service*>(self)->tidy();
             return G_SOURCE_CONTINUE;
@@ -55,7 +55,7 @@ Service::~Service() {
 void Service::tidy() {
     try {
         backend_.stores.accounts.removeExpired();
-        backend_.stores.tasks.purgeDeletedBefore(backend_.clock.now() - kDeletedKept);
+        backend_.stores.tasks.purgeDeletedBefore(backend_.clock.now() - deletedKept);
     } catch (const DatabaseError& error) {
         // What is left over now goes at the next round.
         g_warning("Old rows could not be removed: %s", error.what());

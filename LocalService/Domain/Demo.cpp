@@ -11,7 +11,7 @@ namespace {
 struct PersonSeed {
     const char *handle, *name;
 };
-constexpr std::array kPeople = {
+constexpr std::array seededPeople = {
     PersonSeed{"robin", "Robin Hale"}, PersonSeed{"rosa", "Rosa Diaz"},   PersonSeed{"sam", "Sam Okafor"},
     PersonSeed{"mina", "Mina Park"},   PersonSeed{"jonas", "Jonas Lind"},
 };
@@ -143,11 +143,11 @@ public:
         : stores_(stores), actions_(actions), clock_(clock), today_(today) {}
 
     void people(const PasswordHasher& passwords) {
-        for (const auto& [handle, name] : kPeople) {
+        for (const auto& [handle, name] : seededPeople) {
             const bool owner = people_.empty();
             const PersonId id = stores_.accounts.create({.name = name,
                                                          .email = std::string(handle) + "@parvela.example",
-                                                         .passwordHash = owner ? passwords.hash(kPassword) : "",
+                                                         .passwordHash = owner ? passwords.hash(demoPassword) : "",
                                                          .role = owner ? "owner" : "member",
                                                          .timeZone = std::nullopt});
             people_.emplace(handle, *stores_.accounts.find(id));

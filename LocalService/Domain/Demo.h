@@ -5,8 +5,8 @@
 
 namespace parvela::service::demo {
 
-inline constexpr const char* kEmail = "robin@parvela.example";
-inline constexpr const char* kPassword = "parvela-demo";
+inline constexpr const char* demoEmail = "robin@parvela.example";
+inline constexpr const char* demoPassword = "parvela-demo";
 
 /// Fills an empty database with a small team's workspace whose dates lie around `today`. A database with people in it
 /// stays as it is.

@@ -16,9 +16,9 @@ public:
 
     /// ASCII letters and digits, each chosen evenly.
     std::string alphanumeric(std::size_t length) {
-        static constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+        static constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
         std::string text(length, '\0');
-        for (char& c : text) c = kAlphabet[below(sizeof kAlphabet - 1)];
+        for (char& c : text) c = alphabet[below(sizeof alphabet - 1)];
         return text;
     }
 };

@@ -15,10 +15,10 @@ namespace parvela::service {
 namespace {
 
 /// Longer names are cut in error texts: they came from outside.
-constexpr std::size_t kShownCharacters = 60;
+constexpr std::size_t shownCharacters = 60;
 
 std::string_view shown(std::string_view text) {
-    return firstCharacters(text, kShownCharacters);
+    return firstCharacters(text, shownCharacters);
 }
 
 std::string folded(std::string_view text) {

@@ -25,7 +25,7 @@ class PasswordHasher {
 public:
     explicit PasswordHasher(PasswordCost cost);
 
-    /// None when the machine has no memory left for it.
+    /// Throws std::bad_alloc when the machine has not the memory for it.
     std::string hash(std::string_view password) const;
     bool verify(std::string_view password, const std::string& hash) const;
     /// Does the work of verify() for an account that does not exist, so that the time tells nothing.
@@ -33,7 +33,6 @@ public:
 
 private:
     PasswordCost cost_;
-    std::string nobody_;
 };
 
 /// BLAKE2b-256 of a random secret: what is stored in its place. Secrets are long and random, so no salt and no slowness

@@ -13,10 +13,10 @@ namespace parvela::service {
 
 namespace {
 
-constexpr const char* kAssigned = "assigned";
-constexpr const char* kCommented = "comment";
-constexpr const char* kMentioned = "mention";
-constexpr const char* kDone = "done";
+constexpr const char* assignedKind = "assigned";
+constexpr const char* commentKind = "comment";
+constexpr const char* mentionKind = "mention";
+constexpr const char* doneKind = "done";
 
 /// "@Name" anywhere in the text, for a person's whole name, first name or name without blanks.
 bool mentions(std::string_view body, const Account& person) {
@@ -126,7 +126,7 @@ Result<void, UnresolvedReference> TaskActions::edit(const Account& actor, const 
     }
     if (edit.priority && *edit.priority != task.priority) {
         tasks.setPriority(task.id, *edit.priority);
-        note(fmt::format("set the priority to {}", kPriorities[static_cast<std::size_t>(*edit.priority)]));
+        note(fmt::format("set the priority to {}", priorities[static_cast<std::size_t>(*edit.priority)]));
     }
     const auto patched = [](const auto& patch, auto present) {
         if (patch.isKeep()) return present;
@@ -189,7 +189,7 @@ void TaskActions::complete(Effects& effects, const Account& actor, const TaskRow
         effects.timer = actor.id;
     }
     if (task.createdBy) {
-        notify(effects, actor, *task.createdBy, kDone, fmt::format("{} completed {}", actor.name, task.title), task.id);
+        notify(effects, actor, *task.createdBy, doneKind, fmt::format("{} completed {}", actor.name, task.title), task.id);
     }
 }
 
@@ -248,10 +248,10 @@ CommentId TaskActions::comment(const Account& actor, const TaskRow& task, const 
     for (const PersonId person : stores_.boards.audience(task.board)) {
         const auto account = stores_.accounts.find(person);
         if (account && mentions(body, *account)) {
-            notify(effects, actor, person, kMentioned, fmt::format("{} mentioned you on {}", actor.name, task.title),
+            notify(effects, actor, person, mentionKind, fmt::format("{} mentioned you on {}", actor.name, task.title),
                    task.id);
         } else if (contains(assignees, person) || task.createdBy == person) {
-            notify(effects, actor, person, kCommented, fmt::format("{} commented on {}", actor.name, task.title),
+            notify(effects, actor, person, commentKind, fmt::format("{} commented on {}", actor.name, task.title),
                    task.id);
         }
     }
@@ -302,7 +302,7 @@ void TaskActions::notify(Effects& effects, const Account& actor, PersonId recipi
 void TaskActions::notifyAssigned(Effects& effects, const Account& actor, const std::vector<PersonId>& people,
                                  TaskId task, const std::string& title) {
     for (const PersonId person : people) {
-        notify(effects, actor, person, kAssigned, fmt::format("{} assigned you {}", actor.name, title), task);
+        notify(effects, actor, person, assignedKind, fmt::format("{} assigned you {}", actor.name, title), task);
     }
 }
 

@@ -10,16 +10,16 @@ namespace parvela::service {
 
 namespace {
 
-constexpr guint kPingSeconds = 25;
+constexpr guint pingSeconds = 25;
 /// A person with more windows than this loses the oldest one's live updates.
-constexpr std::size_t kMostStreams = 200;
+constexpr std::size_t mostStreams = 200;
 
 }  // namespace
 
 EventStream::EventStream(BoardStore& boards, ChangeFeed& changes)
     : boards_(boards), subscription_(changes.subscribe([this](const Change& change) { publish(change); })) {
     pingTimer_ = g_timeout_add_seconds(
-        kPingSeconds,
+        pingSeconds,
         [](gpointer self) -> gboolean {
             static_cast<EventStream*>(self)->ping();
             return G_SOURCE_CONTINUE;
@@ -27,9 +27,11 @@ EventStream::EventStream(BoardStore& boards, ChangeFeed& changes)
         this);
 }
 
-EventStream::~EventStream() {
-    g_source_remove(pingTimer_);
+EventStream::~EventStream() { g_source_remove(pingTimer_); }
+
+void EventStream::closeAll() {
     for (const Stream& stream : streams_) end(stream);
+    streams_.clear();
 }
 
 Response EventStream::open(PersonId person, std::string sessionHash) {
@@ -39,7 +41,7 @@ Response EventStream::open(PersonId person, std::string sessionHash) {
         soup_message_headers_set_encoding(headers, SOUP_ENCODING_CHUNKED);
         soup_message_headers_set_content_type(headers, "text/event-stream", nullptr);
         soup_message_body_set_accumulate(soup_server_message_get_response_body(message), FALSE);
-        if (streams_.size() >= kMostStreams) {
+        if (streams_.size() >= mostStreams) {
             end(streams_.front());
             streams_.pop_front();
         }

@@ -10,11 +10,11 @@ namespace parvela::service {
 
 namespace {
 
-constexpr const char* kReceivedBytes = "parvela-received-bytes";
+constexpr const char* receivedBytes = "parvela-received-bytes";
 
 /// How much of a refused body is read and thrown away before the connection is cut: enough for a client that sends
 /// first and reads the answer afterwards.
-constexpr std::size_t kDrainLimit = 64U << 20;
+constexpr std::size_t drainLimit = 64U << 20;
 
 Request readRequest(SoupServerMessage* message) {
     Request request;
@@ -137,12 +137,12 @@ void HttpServer::onHeaders(SoupServerMessage* message) {
     g_signal_connect_data(
         message, "got-chunk", G_CALLBACK((+[](SoupServerMessage* source, GBytes* chunk, gpointer allowed) {
             auto* const object = G_OBJECT(source);
-            const auto received = GPOINTER_TO_SIZE(g_object_get_data(object, kReceivedBytes)) + g_bytes_get_size(chunk);
-            g_object_set_data(object, kReceivedBytes, GSIZE_TO_POINTER(received));
+            const auto received = GPOINTER_TO_SIZE(g_object_get_data(object, receivedBytes)) + g_bytes_get_size(chunk);
+            g_object_set_data(object, receivedBytes, GSIZE_TO_POINTER(received));
             if (received > *static_cast<std::size_t*>(allowed)) {
                 soup_message_body_set_accumulate(soup_server_message_get_request_body(source), FALSE);
             }
-            if (received > kDrainLimit) g_socket_close(soup_server_message_get_socket(source), nullptr);
+            if (received > drainLimit) g_socket_close(soup_server_message_get_socket(source), nullptr);
         })),
         new std::size_t(limit), [](gpointer allowed, GClosure*) { delete static_cast<std::size_t*>(allowed); },
         GConnectFlags{});
@@ -152,7 +152,7 @@ void HttpServer::onRequest(SoupServerMessage* message) {
     if (soup_server_message_get_status(message) != SOUP_STATUS_NONE) return;  // refused by its headers already
     Request request = readRequest(message);
     SoupMessageBody* const body = soup_server_message_get_request_body(message);
-    if (GPOINTER_TO_SIZE(g_object_get_data(G_OBJECT(message), kReceivedBytes)) > site_.bodyLimit(request)) {
+    if (GPOINTER_TO_SIZE(g_object_get_data(G_OBJECT(message), receivedBytes)) > site_.bodyLimit(request)) {
         writeResponse(message, HttpError{413, "That is too large to send."}.response());
         return;
     }

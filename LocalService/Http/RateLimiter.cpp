@@ -8,7 +8,7 @@ namespace parvela::service {
 namespace {
 
 /// More names than any honest use has; beyond it the buckets that are full again are dropped.
-constexpr std::size_t kManyBuckets = 4096;
+constexpr std::size_t manyBuckets = 4096;
 
 double minutesBetween(Instant from, Instant to) {
     return std::max(0.0, std::chrono::duration<double, std::ratio<60>>(to - from).count());
@@ -29,7 +29,7 @@ std::optional<int> RateLimiter::wait(const std::string& name) {
 
 RateLimiter::Bucket& RateLimiter::refilled(const std::string& name) {
     const Instant now = clock_.now();
-    if (buckets_.size() >= kManyBuckets) dropFullBuckets(now);
+    if (buckets_.size() >= manyBuckets) dropFullBuckets(now);
     Bucket& bucket = buckets_.try_emplace(name, Bucket{limit_.burst, now}).first->second;
     bucket.uses = std::min(limit_.burst, bucket.uses + minutesBetween(bucket.at, now) * limit_.perMinute);
     bucket.at = now;

@@ -13,8 +13,8 @@ namespace parvela::service {
 
 namespace {
 
-constexpr std::size_t kBodyLimit = 1U << 20;
-constexpr std::size_t kFileLimit = 25U << 20;
+constexpr std::size_t longestBody = 1U << 20;
+constexpr std::size_t longestFile = 25U << 20;
 
 bool changesSomething(const Request& request) {
     return request.method != "GET" && request.method != "HEAD";
@@ -54,7 +54,7 @@ std::optional<HttpError> Site::admit(const Request& request) const {
 std::size_t Site::bodyLimit(const Request& request) const {
     const auto& path = request.segments;
     const bool upload = request.method == "POST" && path.size() == 4 && path[1] == "tasks" && path[3] == "files";
-    return upload ? kFileLimit : kBodyLimit;
+    return upload ? longestFile : longestBody;
 }
 
 Response Site::handle(const Request& request) {
@@ -83,7 +83,10 @@ Answer Site::dispatch(const Request& request) {
     // Without a message the client explains it in its own words.
     if (match->access == Access::writer && !(*caller)->canWrite) return Failure(HttpError::forbidden(""));
     Call call{request, std::move(*caller), std::move(match->arguments)};
-    return (*match->handler)(call);
+    Answer answer = (*match->handler)(call);
+    // HEAD asks for the beginning of an answer; one that never ends has nothing more to say.
+    if (answer && request.method == "HEAD") answer->stream = nullptr;
+    return answer;
 }
 
 }  // namespace parvela::service

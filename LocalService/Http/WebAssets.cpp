@@ -13,16 +13,16 @@ namespace parvela::service {
 
 namespace {
 
-constexpr std::string_view kResourcePrefix = "/app/parvela/web/";
+constexpr std::string_view resourcePrefix = "/app/parvela/web/";
 
-constexpr const char* kContentSecurityPolicy =
+constexpr const char* contentSecurityPolicy =
     "default-src 'self'; img-src 'self' data: blob:; object-src 'none'; base-uri 'none'; form-action 'self'; "
     "frame-ancestors 'none'";
 
 struct MediaType {
     std::string_view extension, type;
 };
-constexpr std::array kMediaTypes = {
+constexpr std::array mediaTypes = {
     MediaType{"css", "text/css; charset=utf-8"},
     MediaType{"gif", "image/gif"},
     MediaType{"html", "text/html; charset=utf-8"},
@@ -63,7 +63,7 @@ std::string mediaType(std::string_view fileName) {
     const auto dot = fileName.rfind('.');
     if (dot != std::string_view::npos) {
         const std::string extension = asciiLowercased(fileName.substr(dot + 1));
-        for (const auto& [known, type] : kMediaTypes) {
+        for (const auto& [known, type] : mediaTypes) {
             if (known == extension) return std::string(type);
         }
     }
@@ -88,7 +88,7 @@ Answer WebAssets::serve(const Request& request) {
     Response response{.contentType = mediaType(name)};
     response.headers.emplace_back("Referrer-Policy", "same-origin");
     if (name.ends_with(".html")) {
-        response.headers.emplace_back("Content-Security-Policy", kContentSecurityPolicy);
+        response.headers.emplace_back("Content-Security-Policy", contentSecurityPolicy);
         response.headers.emplace_back("X-Frame-Options", "DENY");
         response.body = asset->body;
         return response;
@@ -122,7 +122,7 @@ std::optional<WebAssets::Asset> WebAssets::load(const std::string& name) {
     }
     if (const auto found = loaded_.find(name); found != loaded_.end()) return found->second;
     const BytesPtr bytes(
-        g_resources_lookup_data((std::string(kResourcePrefix) + name).c_str(), G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr));
+        g_resources_lookup_data((std::string(resourcePrefix) + name).c_str(), G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr));
     if (!bytes) return {};
     gsize size = 0;
     const auto* data = static_cast<const char*>(g_bytes_get_data(bytes.get(), &size));

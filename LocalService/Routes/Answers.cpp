@@ -7,9 +7,9 @@ namespace parvela::service {
 
 namespace {
 
-constexpr int kActivityShown = 100;
+constexpr int shownActivity = 100;
 /// The days of "this week", today included.
-constexpr int kWeekDays = 7;
+constexpr int weekDays = 7;
 
 TaskDetail::File fileRecord(const FileRow& file) {
     return {.id = file.id.text(),
@@ -20,7 +20,7 @@ TaskDetail::File fileRecord(const FileRow& file) {
 }
 
 std::string priorityText(int priority) {
-    return std::string(kPriorities.at(static_cast<std::size_t>(priority)));
+    return std::string(priorities.at(static_cast<std::size_t>(priority)));
 }
 
 template <class Ref>
@@ -121,7 +121,7 @@ BoardSummary Answers::summary(const BoardRow& row) {
         .open = counts.open,
         .done = counts.done,
         .overdue = counts.overdue,
-        .dueThisWeek = stores_.boards.openDueBetween(row.id, today_.text(), today_.addingDays(kWeekDays - 1).text())};
+        .dueThisWeek = stores_.boards.openDueBetween(row.id, today_.text(), today_.addingDays(weekDays - 1).text())};
     for (const ListRow& list : stores_.boards.lists(row.id)) {
         summary.lists.push_back({list.id.text(), list.name, list.open, list.total});
     }
@@ -255,7 +255,7 @@ TaskDetail Answers::detail(const TaskRow& row, bool canEdit) {
                                    .edited = comment.edited,
                                    .mine = comment.author == viewer_.id});
     }
-    for (const ActivityEntry& entry : stores_.tasks.activity(row.id, kActivityShown)) {
+    for (const ActivityEntry& entry : stores_.tasks.activity(row.id, shownActivity)) {
         detail.activity.push_back({entry.who, entry.text, milliseconds(entry.at)});
     }
     return detail;

@@ -12,15 +12,15 @@ namespace parvela::service {
 namespace {
 
 /// A list that long is beyond what a person reads; "more" tells that there are others.
-constexpr int kMostTasks = 1000;
-constexpr int kUsualSearch = 25;
-constexpr int kMostSearch = 100;
-constexpr int kUsualNotifications = 50;
-constexpr int kMostNotifications = 200;
-constexpr int kHomeTasks = 50;
+constexpr int mostTasks = 1000;
+constexpr int usualSearch = 25;
+constexpr int mostSearch = 100;
+constexpr int usualNotifications = 50;
+constexpr int mostNotifications = 200;
+constexpr int homeTasks = 50;
 /// "Upcoming" on the home page: the week that follows today.
-constexpr int kUpcomingDays = 7;
-constexpr Text kCommentText = Text::block(20000);
+constexpr int upcomingDays = 7;
+constexpr Text commentText = Text::block(20000);
 
 Response ok() {
     return Response::json({{"ok", true}});
@@ -50,7 +50,7 @@ struct TaskList {
 /// today of it, so that a tick can be taken back. "week" reaches six days further. "overdue" ends yesterday.
 Result<TaskList, HttpError> listTasks(Backend& backend, Call& call) {
     const Request& request = call.request;
-    const auto limit = Backend::limit(request, kMostTasks, kMostTasks);
+    const auto limit = Backend::limit(request, mostTasks, mostTasks);
     if (!limit) return Failure(limit.error());
     TaskQueries::Scope scope{.viewer = call.person().id, .mine = request.queryItem("mine") == "1"};
     if (const auto board = request.queryItem("board")) {
@@ -100,7 +100,7 @@ Answer taskList(Backend& backend, Call& call) {
 }
 
 Answer search(Backend& backend, Call& call, const std::string& text) {
-    const auto limit = Backend::limit(call.request, kUsualSearch, kMostSearch);
+    const auto limit = Backend::limit(call.request, usualSearch, mostSearch);
     if (!limit) return Failure(limit.error());
     std::vector<TaskId> ids;
     // A key names one task; it comes first.
@@ -116,12 +116,12 @@ Answer home(Backend& backend, Call& call) {
     const CivilDate today = backend.today(me);
     const std::string first = today.text();
     const std::string tomorrow = today.addingDays(1).text();
-    const std::string later = today.addingDays(1 + kUpcomingDays).text();
+    const std::string later = today.addingDays(1 + upcomingDays).text();
     auto answers = backend.answers(call);
     auto& queries = backend.stores.queries;
     const TaskQueries::Scope mine{.viewer = me.id, .mine = true};
     const auto tasks = [&](const TaskQueries::DueRange& range) {
-        return answers.tasks(queries.open(mine, range, kHomeTasks));
+        return answers.tasks(queries.open(mine, range, homeTasks));
     };
 
     HomeData data{.today = first,
@@ -182,7 +182,7 @@ Answer addComment(Backend& backend, Call& call) {
     const auto task = backend.task(call);
     if (!task) return Failure(task.error());
     BodyReader body(call.request);
-    const std::string text = body.required("body", kCommentText);
+    const std::string text = body.required("body", commentText);
     if (body.error()) return Failure(*body.error());
     const CommentId id = backend.actions.comment(call.person(), *task, text);
     return recordAnswer(CommentResponse{.task = taskKey(task->id), .commentId = id.text(), .posted = true});
@@ -205,7 +205,7 @@ Answer tickItem(Backend& backend, Call& call) {
 }
 
 Answer notifications(Backend& backend, Call& call) {
-    const auto limit = Backend::limit(call.request, kUsualNotifications, kMostNotifications);
+    const auto limit = Backend::limit(call.request, usualNotifications, mostNotifications);
     if (!limit) return Failure(limit.error());
     auto answers = backend.answers(call);
     NotificationsResponse response{.unread = backend.stores.notifications.unread(call.person().id), .items = {}};
@@ -301,7 +301,10 @@ void addApiRoutes(Router& router, Backend& backend) {
     });
     router.add("POST", "/api/v1/tasks/{}/comments", writer, bound(addComment));
     router.add("POST", "/api/v1/tasks/{}/checklist", writer, bound(tickItem));
-    router.add("GET", "/api/v1/notifications", reader, bound(notifications));
+    // The web app asks under the shorter address.
+    for (const char* path : {"/api/v1/notifications", "/api/notifications"}) {
+        router.add("GET", path, reader, bound(notifications));
+    }
     router.add("POST", "/api/v1/notifications/read", writer, bound(markNotifications));
     router.add("POST", "/api/v1/devices/push", reader, bound(registerPush));
     router.add("POST", "/api/v1/devices/push/remove", reader, bound(unregisterPush));

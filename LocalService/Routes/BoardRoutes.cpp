@@ -12,18 +12,18 @@ namespace parvela::service {
 
 namespace {
 
-constexpr Text kBoardName = Text::line(200);
-constexpr Text kBoardDescription = Text::block(5000);
-constexpr Text kSection = Text::line(100);
-constexpr Text kIcon = Text::line(8);
-constexpr Text kListName = Text::line(100);
-constexpr Text kLabelName = Text::line(50);
-constexpr Text kTone = Text::line(20);
-constexpr std::int64_t kMostLists = 1000;
+constexpr Text boardNameText = Text::line(200);
+constexpr Text boardDescriptionText = Text::block(5000);
+constexpr Text sectionText = Text::line(100);
+constexpr Text iconText = Text::line(8);
+constexpr Text listNameText = Text::line(100);
+constexpr Text labelNameText = Text::line(50);
+constexpr Text toneText = Text::line(20);
+constexpr std::int64_t mostLists = 1000;
 /// What one board page holds at most: open tasks, and done ones besides.
-constexpr int kMostCards = 5000;
-constexpr int kMostDoneCards = 500;
-constexpr auto kDoneShown = std::chrono::days(30);
+constexpr int mostCards = 5000;
+constexpr int mostDoneCards = 500;
+constexpr auto doneShown = std::chrono::days(30);
 
 Response ok() {
     return Response::json({{"ok", true}});
@@ -50,15 +50,15 @@ nlohmann::json labelAnswer(const LabelRow& label) {
 
 BoardStore::Edit readBoardEdit(BodyReader& body) {
     BoardStore::Edit edit;
-    if (body.has("name")) edit.name = body.required("name", kBoardName);
-    if (body.has("description")) edit.description = body.optional("description", kBoardDescription).value_or("");
-    if (body.has("icon")) edit.icon = body.optional("icon", kIcon).value_or("");
+    if (body.has("name")) edit.name = body.required("name", boardNameText);
+    if (body.has("description")) edit.description = body.optional("description", boardDescriptionText).value_or("");
+    if (body.has("icon")) edit.icon = body.optional("icon", iconText).value_or("");
     const auto patched = [](const Patch<std::string>& patch) -> std::optional<std::optional<std::string>> {
         if (patch.isKeep()) return {};
         return patch.value() ? std::optional(*patch.value()) : std::optional<std::string>();
     };
     edit.color = patched(body.colorPatch("color"));
-    edit.section = patched(body.patch("section", kSection));
+    edit.section = patched(body.patch("section", sectionText));
     edit.isPrivate = body.flag("private");
     edit.starred = body.flag("starred");
     return edit;
@@ -70,7 +70,7 @@ void announce(Backend& backend, BoardId board) {
 
 Answer createBoard(Backend& backend, Call& call) {
     BodyReader body(call.request);
-    const std::string name = body.required("name", kBoardName);
+    const std::string name = body.required("name", boardNameText);
     const BoardStore::Edit edit = readBoardEdit(body);
     if (body.error()) return Failure(*body.error());
     auto& boards = backend.stores.boards;
@@ -94,11 +94,11 @@ Answer fullBoard(Backend& backend, Call& call) {
     details["section"] = orNull(board->section);
     details["starred"] = board->starred;
     const TaskQueries::Scope scope{.viewer = call.person().id, .board = board->id};
-    auto ids = backend.stores.queries.open(scope, {}, kMostCards + 1);
-    const bool more = ids.size() > kMostCards;
+    auto ids = backend.stores.queries.open(scope, {}, mostCards + 1);
+    const bool more = ids.size() > mostCards;
     if (more) ids.pop_back();
     for (const TaskId id :
-         backend.stores.queries.completedSince(scope, backend.clock.now() - kDoneShown, {}, kMostDoneCards)) {
+         backend.stores.queries.completedSince(scope, backend.clock.now() - doneShown, {}, mostDoneCards)) {
         ids.push_back(id);
     }
     return Response::json({{"board", details},
@@ -130,8 +130,8 @@ Answer editList(Backend& backend, Call& call) {
     const auto list = listOfCall(backend, call);
     if (!list) return Failure(list.error());
     BodyReader body(call.request);
-    const auto name = body.has("name") ? std::optional(body.required("name", kListName)) : std::nullopt;
-    const auto position = body.integer("position", 0, kMostLists);
+    const auto name = body.has("name") ? std::optional(body.required("name", listNameText)) : std::nullopt;
+    const auto position = body.integer("position", 0, mostLists);
     if (body.error()) return Failure(*body.error());
     Transaction transaction(backend.stores.database);
     if (name) backend.stores.boards.renameList(list->id, *name);
@@ -157,9 +157,9 @@ Answer addLabel(Backend& backend, Call& call) {
     const auto board = backend.board(call);
     if (!board) return Failure(board.error());
     BodyReader body(call.request);
-    const std::string name = body.required("name", kLabelName);
-    const std::string tone = body.optional("tone", kTone).value_or("gray");
-    if (!contains(kTones, tone)) body.fail(HttpError::invalid("This label colour isn't known."));
+    const std::string name = body.required("name", labelNameText);
+    const std::string tone = body.optional("tone", toneText).value_or("gray");
+    if (!contains(tones, tone)) body.fail(HttpError::invalid("This label colour isn't known."));
     if (body.error()) return Failure(*body.error());
     const LabelId id = backend.stores.boards.addLabel(board->id, name, tone);
     announce(backend, board->id);
@@ -170,9 +170,9 @@ Answer editLabel(Backend& backend, Call& call) {
     auto label = labelOfCall(backend, call);
     if (!label) return Failure(label.error());
     BodyReader body(call.request);
-    if (body.has("name")) label->name = body.required("name", kLabelName);
-    label->tone = body.optional("tone", kTone).value_or(label->tone);
-    if (!contains(kTones, label->tone)) body.fail(HttpError::invalid("This label colour isn't known."));
+    if (body.has("name")) label->name = body.required("name", labelNameText);
+    label->tone = body.optional("tone", toneText).value_or(label->tone);
+    if (!contains(tones, label->tone)) body.fail(HttpError::invalid("This label colour isn't known."));
     if (body.error()) return Failure(*body.error());
     backend.stores.boards.editLabel(label->id, label->name, label->tone);
     announce(backend, label->board);
@@ -216,7 +216,7 @@ void addBoardRoutes(Router& router, Backend& backend) {
         const auto board = backend.board(call);
         if (!board) return Failure(board.error());
         BodyReader body(call.request);
-        const std::string name = body.required("name", kListName);
+        const std::string name = body.required("name", listNameText);
         if (body.error()) return Failure(*body.error());
         const ListId id = backend.stores.boards.addList(board->id, name);
         announce(backend, board->id);

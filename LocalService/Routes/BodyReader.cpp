@@ -13,9 +13,9 @@ namespace parvela::service {
 
 namespace {
 
-constexpr std::size_t kMostNames = 100;
-constexpr Text kName = Text::line(200);
-constexpr Text kShort = Text::line(20);
+constexpr std::size_t mostNames = 100;
+constexpr Text nameText = Text::line(200);
+constexpr Text shortText = Text::line(20);
 
 /// A NUL ends a text early for much software; other control characters have no place in one line.
 bool hasForbiddenCharacters(std::string_view text, bool lines) {
@@ -129,12 +129,12 @@ std::optional<std::vector<std::string>> BodyReader::texts(const char* key) {
     if (!value) return {};
     std::vector<std::string> texts;
     if (value->is_null()) return texts;
-    if (!value->is_array() || value->size() > kMostNames) {
-        fail(HttpError::invalid(fmt::format("“{}” must be a list of at most {} texts.", key, kMostNames)));
+    if (!value->is_array() || value->size() > mostNames) {
+        fail(HttpError::invalid(fmt::format("“{}” must be a list of at most {} texts.", key, mostNames)));
         return {};
     }
     for (const auto& entry : *value) {
-        if (auto text = checked(key, entry, kName)) texts.push_back(std::move(*text));
+        if (auto text = checked(key, entry, nameText)) texts.push_back(std::move(*text));
     }
     return texts;
 }
@@ -155,43 +155,43 @@ void BodyReader::checkTimeOfDay(const char* key, const std::string& text) {
 }
 
 std::optional<std::string> BodyReader::date(const char* key) {
-    auto text = optional(key, kShort);
+    auto text = optional(key, shortText);
     if (text) checkDate(key, *text);
     return text;
 }
 
 Patch<std::string> BodyReader::datePatch(const char* key) {
-    auto value = patch(key, kShort);
+    auto value = patch(key, shortText);
     if (value.value()) checkDate(key, *value.value());
     return value;
 }
 
 std::optional<std::string> BodyReader::timeOfDay(const char* key) {
-    auto text = optional(key, kShort);
+    auto text = optional(key, shortText);
     if (text) checkTimeOfDay(key, *text);
     return text;
 }
 
 Patch<std::string> BodyReader::timeOfDayPatch(const char* key) {
-    auto value = patch(key, kShort);
+    auto value = patch(key, shortText);
     if (value.value()) checkTimeOfDay(key, *value.value());
     return value;
 }
 
 std::optional<int> BodyReader::priority(const char* key) {
     if (isNull(key)) return 0;
-    const auto text = optional(key, kShort);
+    const auto text = optional(key, shortText);
     if (!text) return {};
-    const auto found = std::ranges::find(kPriorities, *text);
-    if (found == kPriorities.end()) {
+    const auto found = std::ranges::find(priorities, *text);
+    if (found == priorities.end()) {
         fail(HttpError::invalid(fmt::format("“{}” must be none, low, medium, high or urgent.", key)));
         return {};
     }
-    return static_cast<int>(found - kPriorities.begin());
+    return static_cast<int>(found - priorities.begin());
 }
 
 Patch<std::string> BodyReader::colorPatch(const char* key) {
-    const auto value = patch(key, kShort);
+    const auto value = patch(key, shortText);
     if (!value.value()) return value;
     const std::string color = upperHex(*value.value());
     if (!isColor(color)) fail(HttpError::invalid(fmt::format("“{}” must be a colour such as #3B82F6.", key)));

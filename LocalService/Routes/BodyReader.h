@@ -56,7 +56,7 @@ public:
     /// "HH:MM", 00:00 to 23:59.
     std::optional<std::string> timeOfDay(const char* key);
     Patch<std::string> timeOfDayPatch(const char* key);
-    /// Index into kPriorities; null is "none".
+    /// Index into priorities; null is "none".
     std::optional<int> priority(const char* key);
     /// "#RRGGBB", in upper case; absent keeps, null clears.
     Patch<std::string> colorPatch(const char* key);

@@ -12,16 +12,16 @@ namespace parvela::service {
 
 namespace {
 
-constexpr std::size_t kLongestName = 200;
+constexpr std::size_t longestName = 200;
 
 /// Pictures that no browser runs scripts from.
-constexpr std::array<std::string_view, 4> kInlineTypes = {"image/gif", "image/jpeg", "image/png", "image/webp"};
+constexpr std::array<std::string_view, 4> inlineTypes = {"image/gif", "image/jpeg", "image/png", "image/webp"};
 
 /// A name without folders and control characters, as it may be offered for saving.
 std::string plainFileName(std::string_view name) {
     name = name.substr(name.find_last_of("/\\") + 1);
     std::string plain;
-    for (const char c : trimmed(firstCharacters(name, kLongestName))) {
+    for (const char c : trimmed(firstCharacters(name, longestName))) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte >= 0x20 && byte != 0x7f) plain.push_back(c);
     }
@@ -63,7 +63,7 @@ Answer download(Backend& backend, Call& call) {
     const auto found = fileOfCall(backend, call);
     if (!found) return Failure(found.error());
     const FileRow& file = found->file;
-    const bool shown = call.request.queryItem("inline") == "1" && contains(kInlineTypes, file.mime);
+    const bool shown = call.request.queryItem("inline") == "1" && contains(inlineTypes, file.mime);
     Response response{.contentType = file.mime, .body = backend.stores.files.contents(file.id)};
     response.headers = {{"Content-Disposition", contentDisposition(shown ? "inline" : "attachment", file.name)},
                         {"Content-Security-Policy", "sandbox; default-src 'none'"},

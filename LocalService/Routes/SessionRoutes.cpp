@@ -11,11 +11,11 @@ namespace parvela::service {
 
 namespace {
 
-constexpr Text kPersonName = Text::line(100);
-constexpr Text kEmail = Text::line(254);
-constexpr std::size_t kShortestPassword = 8;
-constexpr std::size_t kLongestPassword = 200;
-constexpr int kSessionSeconds = 30 * 24 * 60 * 60;
+constexpr Text personNameText = Text::line(100);
+constexpr Text emailText = Text::line(254);
+constexpr std::size_t shortestPassword = 8;
+constexpr std::size_t longestPassword = 200;
+constexpr int sessionSeconds = 30 * 24 * 60 * 60;
 
 /// One "@" with something on both sides is all that can be said without sending mail.
 bool looksLikeEmail(std::string_view text) {
@@ -26,7 +26,7 @@ bool looksLikeEmail(std::string_view text) {
 
 /// Passwords keep their blanks, so they are not read like other texts.
 std::string readPassword(BodyReader& body) {
-    const auto text = body.optional("password", Text::block(kLongestPassword));
+    const auto text = body.optional("password", Text::block(longestPassword));
     return text.value_or("");
 }
 
@@ -76,7 +76,7 @@ std::optional<Caller> SessionRoutes::caller(const Request& request) {
 
 std::string SessionRoutes::sessionCookie(const std::string& secret) const {
     return fmt::format("{}={}; Path=/; HttpOnly; SameSite=Lax; Max-Age={}", cookieName_, secret,
-                       secret.empty() ? 0 : kSessionSeconds);
+                       secret.empty() ? 0 : sessionSeconds);
 }
 
 Response SessionRoutes::session(const Account& account) const {
@@ -103,7 +103,7 @@ Answer SessionRoutes::describe(Call& call) {
                            {"demo", backend_.settings.demo},
                            {"has_users", !backend_.stores.accounts.isEmpty()},
                            {"sign_up", backend_.settings.openSignUp || backend_.stores.accounts.isEmpty()}};
-    if (backend_.settings.demo) body["demo_email"] = demo::kEmail;
+    if (backend_.settings.demo) body["demo_email"] = demo::demoEmail;
     Response response = Response::json(body);
     response.status = 401;
     return response;
@@ -111,7 +111,7 @@ Answer SessionRoutes::describe(Call& call) {
 
 Answer SessionRoutes::signIn(Call& call) {
     BodyReader body(call.request);
-    const std::string email = body.required("email", kEmail);
+    const std::string email = body.required("email", emailText);
     const std::string password = readPassword(body);
     if (body.error()) return Failure(*body.error());
 
@@ -137,7 +137,7 @@ Answer SessionRoutes::signIn(Call& call) {
 }
 
 Answer SessionRoutes::signInDemo(Call&) {
-    const auto account = backend_.settings.demo ? backend_.stores.accounts.findByEmail(demo::kEmail) : std::nullopt;
+    const auto account = backend_.settings.demo ? backend_.stores.accounts.findByEmail(demo::demoEmail) : std::nullopt;
     if (!account) return Failure(HttpError::notFound("This service has no demo person."));
     Response response = session(*account);
     response.headers.emplace_back("Set-Cookie", sessionCookie(backend_.stores.accounts.openSession(account->id)));
@@ -153,14 +153,14 @@ Answer SessionRoutes::signUp(Call& call) {
         return Failure(HttpError::forbidden("This workspace is closed. Ask its owner to add you."));
     }
     BodyReader body(call.request);
-    const std::string name = body.required("name", kPersonName);
-    const std::string email = body.required("email", kEmail);
+    const std::string name = body.required("name", personNameText);
+    const std::string email = body.required("email", emailText);
     const std::string password = readPassword(body);
-    const std::string workspace = body.optional("workspace", kPersonName).value_or("");
+    const std::string workspace = body.optional("workspace", personNameText).value_or("");
     const auto timeZone = readTimeZone(body);
     if (!looksLikeEmail(email)) body.fail(HttpError::invalid("This doesn't look like an e-mail address."));
-    if (characterCount(password) < kShortestPassword) {
-        body.fail(HttpError::invalid(fmt::format("The password needs at least {} characters.", kShortestPassword)));
+    if (characterCount(password) < shortestPassword) {
+        body.fail(HttpError::invalid(fmt::format("The password needs at least {} characters.", shortestPassword)));
     }
     if (body.error()) return Failure(*body.error());
     if (accounts.findByEmail(email))

@@ -4,16 +4,16 @@ namespace parvela::service {
 
 namespace {
 
-constexpr std::int64_t kMostMinutes = 60 * 24 * 365;
-constexpr const char* kTitleNeeded = "Give the task a title.";
+constexpr std::int64_t mostMinutes = 60 * 24 * 365;
+constexpr const char* titleNeeded = "Give the task a title.";
 
 }  // namespace
 
 TaskActions::NewTask readNewTask(BodyReader& body) {
     TaskActions::NewTask task;
-    task.title = body.optional("title", kTaskTitle).value_or("");
-    if (task.title.empty()) body.fail(HttpError::invalid(kTitleNeeded));
-    task.description = body.optional("description", kTaskDescription).value_or("");
+    task.title = body.optional("title", taskTitleText).value_or("");
+    if (task.title.empty()) body.fail(HttpError::invalid(titleNeeded));
+    task.description = body.optional("description", taskDescriptionText).value_or("");
     task.assignees = body.texts("assignees").value_or(std::vector<std::string>());
     task.labels = body.texts("labels").value_or(std::vector<std::string>());
     task.dueDate = body.date("due_date");
@@ -26,17 +26,17 @@ TaskActions::NewTask readNewTask(BodyReader& body) {
 TaskActions::Edit readTaskEdit(BodyReader& body) {
     TaskActions::Edit edit;
     if (body.has("title")) {
-        edit.title = body.optional("title", kTaskTitle).value_or("");
-        if (edit.title->empty()) body.fail(HttpError::invalid(kTitleNeeded));
+        edit.title = body.optional("title", taskTitleText).value_or("");
+        if (edit.title->empty()) body.fail(HttpError::invalid(titleNeeded));
     }
-    if (body.has("description")) edit.description = body.optional("description", kTaskDescription).value_or("");
+    if (body.has("description")) edit.description = body.optional("description", taskDescriptionText).value_or("");
     edit.priority = body.priority("priority");
     edit.dueDate = body.datePatch("due_date");
     edit.dueTime = body.timeOfDayPatch("due_time");
     edit.startDate = body.datePatch("start_date");
     if (body.isNull("estimate_minutes")) {
         edit.estimateMinutes = Patch<std::int64_t>::clear();
-    } else if (const auto minutes = body.integer("estimate_minutes", 0, kMostMinutes)) {
+    } else if (const auto minutes = body.integer("estimate_minutes", 0, mostMinutes)) {
         edit.estimateMinutes = Patch<std::int64_t>::set(*minutes);
     }
     edit.assignees = body.texts("assignees");

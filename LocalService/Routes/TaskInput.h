@@ -5,8 +5,8 @@
 
 namespace parvela::service {
 
-inline constexpr Text kTaskTitle = Text::line(500);
-inline constexpr Text kTaskDescription = Text::block(50000);
+inline constexpr Text taskTitleText = Text::line(500);
+inline constexpr Text taskDescriptionText = Text::block(50000);
 
 /// The fields of a new task, except its board and list. Failures stay with `body`.
 TaskActions::NewTask readNewTask(BodyReader& body);

@@ -8,10 +8,10 @@ namespace parvela::service {
 
 namespace {
 
-constexpr Text kChecklistTitle = Text::line(200);
-constexpr Text kItemText = Text::line(500);
-constexpr Text kCommentText = Text::block(20000);
-constexpr Text kReference = Text::line(100);
+constexpr Text checklistTitleText = Text::line(200);
+constexpr Text itemText = Text::line(500);
+constexpr Text commentText = Text::block(20000);
+constexpr Text referenceText = Text::line(100);
 
 Response ok() {
     return Response::json({{"ok", true}});
@@ -25,9 +25,9 @@ Answer moveTask(Backend& backend, Call& call) {
     const auto task = backend.task(call);
     if (!task) return Failure(task.error());
     BodyReader body(call.request);
-    const std::string list = body.required("list", kReference);
-    const std::string before = body.optional("before", kReference).value_or("");
-    const std::string after = body.optional("after", kReference).value_or("");
+    const std::string list = body.required("list", referenceText);
+    const std::string before = body.optional("before", referenceText).value_or("");
+    const std::string after = body.optional("after", referenceText).value_or("");
     if (body.error()) return Failure(*body.error());
     const auto target = backend.listOf(*backend.stores.boards.find(task->board, call.person().id), list);
     if (!target) return Failure(target.error());
@@ -54,7 +54,7 @@ Answer addChecklist(Backend& backend, Call& call) {
     const auto task = backend.task(call);
     if (!task) return Failure(task.error());
     BodyReader body(call.request);
-    const std::string title = body.required("title", kChecklistTitle);
+    const std::string title = body.required("title", checklistTitleText);
     if (body.error()) return Failure(*body.error());
     const ChecklistId id = backend.stores.checklists.add(task->id, title);
     backend.actions.touched(*task);
@@ -89,7 +89,7 @@ Answer editItem(Backend& backend, Call& call) {
     const auto task = taskHolding(backend, call, id);
     if (!task) return Failure(task.error());
     BodyReader body(call.request);
-    const auto text = body.has("text") ? std::optional(body.required("text", kItemText)) : std::nullopt;
+    const auto text = body.has("text") ? std::optional(body.required("text", itemText)) : std::nullopt;
     const auto done = body.flag("done");
     if (body.error()) return Failure(*body.error());
     Transaction transaction(backend.stores.database);
@@ -121,7 +121,7 @@ Answer editComment(Backend& backend, Call& call) {
     const auto own = ownComment(backend, call);
     if (!own) return Failure(own.error());
     BodyReader body(call.request);
-    const std::string text = body.required("body", kCommentText);
+    const std::string text = body.required("body", commentText);
     if (body.error()) return Failure(*body.error());
     backend.stores.comments.edit(own->comment.id, text);
     backend.actions.touched(own->task);
@@ -151,7 +151,7 @@ Answer setTimer(Backend& backend, Call& call) {
     const auto task = backend.task(call);
     if (!task) return Failure(task.error());
     BodyReader body(call.request);
-    const std::string state = body.required("state", kReference);
+    const std::string state = body.required("state", referenceText);
     if (state != "started" && state != "stopped") body.fail(HttpError::invalid("“state” must be started or stopped."));
     if (body.error()) return Failure(*body.error());
     state == "started" ? backend.actions.startTimer(call.person(), *task)
@@ -176,7 +176,7 @@ void addTaskRoutes(Router& router, Backend& backend) {
         const auto task = taskHolding(backend, call, id);
         if (!task) return Failure(task.error());
         BodyReader body(call.request);
-        const std::string text = body.required("text", kItemText);
+        const std::string text = body.required("text", itemText);
         if (body.error()) return Failure(*body.error());
         const ItemId item = backend.stores.checklists.addItem(*id, text);
         backend.actions.touched(*task);

@@ -5,8 +5,8 @@ namespace parvela::service {
 
 namespace {
 
-constexpr Text kTokenName = Text::line(100);
-constexpr Text kDeviceId = Text::line(100);
+constexpr Text tokenNameText = Text::line(100);
+constexpr Text deviceIdText = Text::line(100);
 
 nlohmann::json describe(const ApiToken& token) {
     nlohmann::json json = {{"id", token.id.text()},
@@ -27,8 +27,8 @@ void addTokenRoutes(Router& router, Backend& backend) {
     using enum Access;
     router.add("POST", "/api/v1-link", writer, [&backend](Call& call) -> Answer {
         BodyReader body(call.request);
-        const std::string deviceId = body.required("device_id", kDeviceId);
-        const std::string name = body.optional("device_name", kTokenName).value_or("");
+        const std::string deviceId = body.required("device_id", deviceIdText);
+        const std::string name = body.optional("device_name", tokenNameText).value_or("");
         if (body.error()) return Failure(*body.error());
         const auto issued = backend.stores.tokens.issue(
             {.account = call.person().id, .name = name.empty() ? "Mac" : name, .deviceId = deviceId, .canWrite = true});
@@ -47,7 +47,7 @@ void addTokenRoutes(Router& router, Backend& backend) {
     });
     router.add("POST", "/api/tokens", writer, [&backend](Call& call) -> Answer {
         BodyReader body(call.request);
-        const std::string name = body.required("name", kTokenName);
+        const std::string name = body.required("name", tokenNameText);
         const bool write = body.flag("write").value_or(false);
         if (body.error()) return Failure(*body.error());
         const auto issued = backend.stores.tokens.issue(

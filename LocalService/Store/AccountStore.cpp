@@ -11,18 +11,18 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kSessionLife = std::chrono::days(30);
+constexpr auto sessionLife = std::chrono::days(30);
 /// A session in use is prolonged when this much of its life is over, rather than with every request.
-constexpr auto kSessionRenewal = std::chrono::days(1);
-constexpr auto kCodeLife = 2min;
-constexpr std::size_t kSecretLength = 43;  // 256 bits
+constexpr auto sessionRenewal = std::chrono::days(1);
+constexpr auto codeLife = 2min;
+constexpr std::size_t secretLength = 43;  // 256 bits
 
-constexpr std::array kColors = {"#3B82F6", "#E5484D", "#30A46C", "#F76808", "#8E4EC6", "#12A594", "#E93D82", "#AD7F58"};
+constexpr std::array personColors = {"#3B82F6", "#E5484D", "#30A46C", "#F76808", "#8E4EC6", "#12A594", "#E93D82", "#AD7F58"};
 
-constexpr const char* kColumns = "SELECT id, name, email, color, role, time_zone FROM accounts ";
+constexpr const char* selectColumns = "SELECT id, name, email, color, role, time_zone FROM accounts ";
 
 std::string select(const char* condition) {
-    return std::string(kColumns) + condition;
+    return std::string(selectColumns) + condition;
 }
 
 Account readAccount(const Statement& row) {
@@ -55,7 +55,7 @@ PersonId AccountStore::create(const NewAccount& account) {
     database_.run(
         "INSERT INTO accounts(name, email, password_hash, color, role, time_zone, created_at) VALUES (?, ?, ?, ?, ?, "
         "?, ?)",
-        account.name, account.email, account.passwordHash, kColors[static_cast<std::size_t>(already) % kColors.size()],
+        account.name, account.email, account.passwordHash, personColors[static_cast<std::size_t>(already) % personColors.size()],
         account.role, account.timeZone, clock_.now());
     return PersonId{database_.lastInsertedRow()};
 }
@@ -93,10 +93,10 @@ std::vector<Account> AccountStore::people() {
 }
 
 std::string AccountStore::openSession(PersonId id) {
-    const std::string secret = random_.alphanumeric(kSecretLength);
+    const std::string secret = random_.alphanumeric(secretLength);
     const Instant now = clock_.now();
     database_.run("INSERT INTO sessions(hash, account_id, created_at, expires_at) VALUES (?, ?, ?, ?)",
-                  Statement::Blob{secretHash(secret)}, id, now, now + kSessionLife);
+                  Statement::Blob{secretHash(secret)}, id, now, now + sessionLife);
     return secret;
 }
 
@@ -112,8 +112,8 @@ std::optional<Account> AccountStore::sessionAccount(std::string_view secret) {
         id = row.id<PersonId>(0);
         expires = row.instant(1);
     }
-    if (expires < now + kSessionLife - kSessionRenewal) {
-        database_.run("UPDATE sessions SET expires_at = ? WHERE hash = ?", now + kSessionLife, Statement::Blob{hash});
+    if (expires < now + sessionLife - sessionRenewal) {
+        database_.run("UPDATE sessions SET expires_at = ? WHERE hash = ?", now + sessionLife, Statement::Blob{hash});
     }
     return find(id);
 }
@@ -123,9 +123,9 @@ void AccountStore::closeSession(std::string_view secret) {
 }
 
 std::string AccountStore::issueHandoffCode(PersonId id) {
-    const std::string code = random_.alphanumeric(kSecretLength);
+    const std::string code = random_.alphanumeric(secretLength);
     database_.run("INSERT INTO handoff_codes(hash, account_id, expires_at) VALUES (?, ?, ?)",
-                  Statement::Blob{secretHash(code)}, id, clock_.now() + kCodeLife);
+                  Statement::Blob{secretHash(code)}, id, clock_.now() + codeLife);
     return code;
 }
 

@@ -8,11 +8,11 @@ namespace parvela::service {
 
 namespace {
 
-constexpr auto kLastUsePrecision = std::chrono::minutes(1);
-constexpr std::size_t kSecretLength = 40;
-constexpr std::size_t kHintLength = 5;
+constexpr auto lastUsePrecision = std::chrono::minutes(1);
+constexpr std::size_t secretLength = 40;
+constexpr std::size_t hintLength = 5;
 
-constexpr const char* kColumns =
+constexpr const char* selectColumns =
     "SELECT id, account_id, kind, name, hint, can_write, created_at, last_used_at, device_id FROM tokens ";
 
 ApiToken readToken(const Statement& row) {
@@ -30,11 +30,11 @@ ApiToken readToken(const Statement& row) {
 }  // namespace
 
 ApiTokenStore::Issued ApiTokenStore::issue(const NewToken& token) {
-    const std::string secret = "tk_" + random_.alphanumeric(kSecretLength);
+    const std::string secret = "tk_" + random_.alphanumeric(secretLength);
     ApiToken row{.account = token.account,
                  .kind = token.deviceId ? "device" : "personal",
                  .name = token.name,
-                 .hint = secret.substr(0, kHintLength) + "…",
+                 .hint = secret.substr(0, hintLength) + "…",
                  .canWrite = token.canWrite,
                  .createdAt = clock_.now(),
                  .deviceId = token.deviceId};
@@ -55,12 +55,12 @@ ApiTokenStore::Issued ApiTokenStore::issue(const NewToken& token) {
 std::optional<ApiToken> ApiTokenStore::findBySecret(std::string_view secret) {
     std::optional<ApiToken> token;
     {
-        auto row = database_.query(std::string(kColumns) + "WHERE hash = ?", Statement::Blob{secretHash(secret)});
+        auto row = database_.query(std::string(selectColumns) + "WHERE hash = ?", Statement::Blob{secretHash(secret)});
         if (row.step()) token = readToken(row);
     }
     if (!token) return {};
     const Instant now = clock_.now();
-    if (!token->lastUsedAt || now - *token->lastUsedAt >= kLastUsePrecision) {
+    if (!token->lastUsedAt || now - *token->lastUsedAt >= lastUsePrecision) {
         database_.run("UPDATE tokens SET last_used_at = ? WHERE id = ?", now, token->id);
         token->lastUsedAt = now;
     }
@@ -69,7 +69,7 @@ std::optional<ApiToken> ApiTokenStore::findBySecret(std::string_view secret) {
 
 std::vector<ApiToken> ApiTokenStore::ofAccount(PersonId account) {
     std::vector<ApiToken> tokens;
-    auto rows = database_.query(std::string(kColumns) + "WHERE account_id = ? ORDER BY id DESC", account);
+    auto rows = database_.query(std::string(selectColumns) + "WHERE account_id = ? ORDER BY id DESC", account);
     while (rows.step()) tokens.push_back(readToken(rows));
     return tokens;
 }

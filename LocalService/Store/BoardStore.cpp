@@ -7,7 +7,7 @@ namespace parvela::service {
 namespace {
 
 // Parameters: 1 the viewer.
-constexpr std::string_view kVisibleBoards =
+constexpr std::string_view visibleBoards =
     "SELECT b.id, b.name, b.description, b.icon, b.color, b.section, b.private, b.completion_list_id, "
     "EXISTS(SELECT 1 FROM board_stars s WHERE s.account_id = ?1 AND s.board_id = b.id) "
     "FROM boards b WHERE b.deleted_at IS NULL AND (b.private = 0 OR EXISTS("
@@ -33,7 +33,7 @@ ListRow readList(const Statement& row) {
             .total = row.integer(4)};
 }
 
-constexpr std::string_view kListColumns = "SELECT id, board_id, name, open_count, total_count FROM lists ";
+constexpr std::string_view selectLists = "SELECT id, board_id, name, open_count, total_count FROM lists ";
 
 LabelRow readLabel(const Statement& row) {
     return {.id = row.id<LabelId>(0), .board = row.id<BoardId>(1), .name = row.text(2), .tone = row.text(3)};
@@ -43,13 +43,13 @@ LabelRow readLabel(const Statement& row) {
 
 std::vector<BoardRow> BoardStore::visibleTo(PersonId viewer) {
     std::vector<BoardRow> boards;
-    auto rows = database_.query(std::string(kVisibleBoards) + "ORDER BY b.position, b.id", viewer);
+    auto rows = database_.query(std::string(visibleBoards) + "ORDER BY b.position, b.id", viewer);
     while (rows.step()) boards.push_back(readBoard(rows));
     return boards;
 }
 
 std::optional<BoardRow> BoardStore::find(BoardId id, PersonId viewer) {
-    auto row = database_.query(std::string(kVisibleBoards) + "AND b.id = ?2", viewer, id);
+    auto row = database_.query(std::string(visibleBoards) + "AND b.id = ?2", viewer, id);
     if (!row.step()) return {};
     return readBoard(row);
 }
@@ -138,13 +138,13 @@ std::int64_t BoardStore::openDueBetween(BoardId id, std::string_view firstDay, s
 
 std::vector<ListRow> BoardStore::lists(BoardId board) {
     std::vector<ListRow> lists;
-    auto rows = database_.query(std::string(kListColumns) + "WHERE board_id = ? ORDER BY position, id", board);
+    auto rows = database_.query(std::string(selectLists) + "WHERE board_id = ? ORDER BY position, id", board);
     while (rows.step()) lists.push_back(readList(rows));
     return lists;
 }
 
 std::optional<ListRow> BoardStore::findList(ListId id) {
-    auto row = database_.query(std::string(kListColumns) + "WHERE id = ?", id);
+    auto row = database_.query(std::string(selectLists) + "WHERE id = ?", id);
     if (!row.step()) return {};
     return readList(row);
 }

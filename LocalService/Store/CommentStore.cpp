@@ -4,7 +4,7 @@ namespace parvela::service {
 
 namespace {
 
-constexpr std::string_view kColumns = "SELECT id, task_id, author_id, body, created_at, edited_at FROM comments ";
+constexpr std::string_view selectColumns = "SELECT id, task_id, author_id, body, created_at, edited_at FROM comments ";
 
 CommentRow readComment(const Statement& row) {
     return {.id = row.id<CommentId>(0),
@@ -19,13 +19,13 @@ CommentRow readComment(const Statement& row) {
 
 std::vector<CommentRow> CommentStore::ofTask(TaskId task) {
     std::vector<CommentRow> comments;
-    auto rows = database_.query(std::string(kColumns) + "WHERE task_id = ? ORDER BY id", task);
+    auto rows = database_.query(std::string(selectColumns) + "WHERE task_id = ? ORDER BY id", task);
     while (rows.step()) comments.push_back(readComment(rows));
     return comments;
 }
 
 std::optional<CommentRow> CommentStore::find(CommentId id) {
-    auto row = database_.query(std::string(kColumns) + "WHERE id = ?", id);
+    auto row = database_.query(std::string(selectColumns) + "WHERE id = ?", id);
     if (!row.step()) return {};
     return readComment(row);
 }

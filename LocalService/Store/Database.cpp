@@ -9,7 +9,7 @@ namespace parvela::service {
 namespace {
 
 /// Another program, such as a backup, may hold the lock for a moment. Longer waits would stall every client.
-constexpr int kBusyMilliseconds = 2000;
+constexpr int busyMilliseconds = 2000;
 
 [[noreturn]] void fail(sqlite3* handle, int code) {
     throw DatabaseError(code, handle ? sqlite3_errmsg(handle) : sqlite3_errstr(code));
@@ -111,7 +111,7 @@ Database::Database(const std::filesystem::path& file, int schemaVersion) {
     }
     try {
         sqlite3_extended_result_codes(handle_, 1);
-        sqlite3_busy_timeout(handle_, kBusyMilliseconds);
+        sqlite3_busy_timeout(handle_, busyMilliseconds);
         sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
         sqlite3_db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 1, nullptr);
         runScript(

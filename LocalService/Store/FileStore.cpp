@@ -4,7 +4,7 @@ namespace parvela::service {
 
 namespace {
 
-constexpr std::string_view kColumns = "SELECT id, task_id, name, mime, size FROM files ";
+constexpr std::string_view selectColumns = "SELECT id, task_id, name, mime, size FROM files ";
 
 FileRow readFile(const Statement& row) {
     return {.id = row.id<FileId>(0),
@@ -18,13 +18,13 @@ FileRow readFile(const Statement& row) {
 
 std::vector<FileRow> FileStore::ofTask(TaskId task) {
     std::vector<FileRow> files;
-    auto rows = database_.query(std::string(kColumns) + "WHERE task_id = ? ORDER BY id", task);
+    auto rows = database_.query(std::string(selectColumns) + "WHERE task_id = ? ORDER BY id", task);
     while (rows.step()) files.push_back(readFile(rows));
     return files;
 }
 
 std::optional<FileRow> FileStore::find(FileId id) {
-    auto row = database_.query(std::string(kColumns) + "WHERE id = ?", id);
+    auto row = database_.query(std::string(selectColumns) + "WHERE id = ?", id);
     if (!row.step()) return {};
     return readFile(row);
 }

@@ -56,10 +56,10 @@ struct LabelRow {
     std::string tone;
 };
 
-inline constexpr std::array<std::string_view, 9> kTones = {"gray", "red",  "orange", "yellow", "green",
+inline constexpr std::array<std::string_view, 9> tones = {"gray", "red",  "orange", "yellow", "green",
                                                            "teal", "blue", "purple", "pink"};
 /// By rising importance; the database holds the index.
-inline constexpr std::array<std::string_view, 5> kPriorities = {"none", "low", "medium", "high", "urgent"};
+inline constexpr std::array<std::string_view, 5> priorities = {"none", "low", "medium", "high", "urgent"};
 
 struct TaskRow {
     TaskId id;
@@ -71,7 +71,7 @@ struct TaskRow {
     std::optional<TaskId> parent;
     std::string title;
     std::string description;
-    int priority = 0;  ///< index into kPriorities
+    int priority = 0;  ///< index into priorities
     std::optional<std::string> startDate, dueDate, dueTime;
     std::int64_t position = 0;
     std::optional<std::int64_t> estimateMinutes;

@@ -10,7 +10,7 @@ namespace parvela::service {
 
 namespace {
 
-// A published version is never edited: changes go into a new one at the end of kVersions.
+// A published version is never edited: changes go into a new one at the end of versions.
 //
 // Dates are text "YYYY-MM-DD", times of day "HH:MM", moments milliseconds since 1970. A task is done when it has a
 // completion moment, and deleted when it has a deletion moment. "due_order" sorts by due date and time, tasks without a
@@ -19,7 +19,7 @@ namespace {
 // What every client asks for again and again is answered from narrow indexes and counters, never by looking at all
 // tasks: "tasks_open" and "tasks_done" hold each living task once; "task_assignees" repeats the three columns that "my
 // tasks" is filtered and sorted by; "lists" counts its tasks. Triggers keep the copies right, whoever writes.
-constexpr const char* kVersion1 = R"sql(
+constexpr const char* version1 = R"sql(
 CREATE TABLE workspace(
     id INTEGER PRIMARY KEY CHECK(id = 1),
     name TEXT NOT NULL,
@@ -256,7 +256,7 @@ END;
 )sql";
 
 // Full-text search over titles and descriptions. The text itself stays in "tasks".
-constexpr const char* kVersion2 = R"sql(
+constexpr const char* version2 = R"sql(
 CREATE VIRTUAL TABLE task_search USING fts5(
     title, description, content = 'tasks', content_rowid = 'id', prefix = '2 3',
     tokenize = 'unicode61 remove_diacritics 2');
@@ -275,12 +275,12 @@ END;
 INSERT INTO task_search(task_search) VALUES ('rebuild');
 )sql";
 
-constexpr std::array kVersions = {kVersion1, kVersion2};
+constexpr std::array versions = {version1, version2};
 
 }  // namespace
 
 int currentSchemaVersion() {
-    return static_cast<int>(kVersions.size());
+    return static_cast<int>(versions.size());
 }
 
 void migrate(Database& database, int version) {
@@ -294,7 +294,7 @@ void migrate(Database& database, int version) {
     }
     while (present < version) {
         Transaction transaction(database);
-        database.runScript(kVersions[static_cast<std::size_t>(present)]);
+        database.runScript(versions[static_cast<std::size_t>(present)]);
         ++present;
         database.runScript("PRAGMA user_version = " + std::to_string(present));
         transaction.commit();

@@ -9,7 +9,7 @@ namespace parvela::service {
 namespace {
 
 // Parameters of all list queries: 1 viewer, 2 board or null, 3 limit, 4 first due order, 5 end of due order, 6 since.
-constexpr const char* kVisible =
+constexpr const char* visibleBoard =
     "b.deleted_at IS NULL AND (?2 IS NULL OR b.id = ?2) AND (b.private = 0 OR EXISTS("
     "SELECT 1 FROM board_members m WHERE m.board_id = b.id AND m.account_id = ?1))";
 
@@ -18,13 +18,13 @@ constexpr const char* kVisible =
 std::string perBoard(const std::string& condition, const std::string& order) {
     return "SELECT t.id FROM boards b CROSS JOIN tasks t ON t.id IN (SELECT t.id FROM tasks t WHERE t.board_id = b.id "
            "AND " +
-           condition + " ORDER BY " + order + " LIMIT ?3) WHERE " + kVisible + " ORDER BY " + order + ", t.id LIMIT ?3";
+           condition + " ORDER BY " + order + " LIMIT ?3) WHERE " + visibleBoard + " ORDER BY " + order + ", t.id LIMIT ?3";
 }
 
 std::string perAssignee(const std::string& condition, const std::string& order) {
     return "SELECT a.task_id FROM task_assignees a CROSS JOIN tasks t ON t.id = a.task_id CROSS JOIN boards b "
            "ON b.id = t.board_id WHERE a.account_id = ?1 AND " +
-           condition + " AND " + kVisible + " ORDER BY " + order + ", a.task_id LIMIT ?3";
+           condition + " AND " + visibleBoard + " ORDER BY " + order + ", a.task_id LIMIT ?3";
 }
 
 struct Statements {
@@ -56,12 +56,12 @@ const Statements& statementsInUse() {
 }
 
 /// Full-text hits are read newest first; only that many are looked at before the best are picked.
-constexpr std::string_view kSearch =
+constexpr std::string_view searchStatement =
     "SELECT t.id, t.completed_at IS NOT NULL FROM task_search s CROSS JOIN tasks t ON t.id = s.rowid "
     "CROSS JOIN boards b ON b.id = t.board_id WHERE s.task_search MATCH ?4 AND t.deleted_at IS NULL "
     "AND b.deleted_at IS NULL AND (b.private = 0 OR EXISTS("
     "SELECT 1 FROM board_members m WHERE m.board_id = b.id AND m.account_id = ?1)) ORDER BY s.rowid DESC LIMIT ?3";
-constexpr int kSearchCandidates = 4;
+constexpr int searchCandidates = 4;
 
 std::string first(const TaskQueries::DueRange& due) {
     return due.first.value_or("");
@@ -133,7 +133,7 @@ std::vector<TaskId> TaskQueries::search(PersonId viewer, std::string_view text, 
     const std::string expression = matchExpression(text);
     if (expression.empty()) return {};
     std::vector<TaskId> openOnes, doneOnes;
-    auto rows = database_.query(kSearch, viewer, nullptr, limit * kSearchCandidates, expression);
+    auto rows = database_.query(searchStatement, viewer, nullptr, limit * searchCandidates, expression);
     while (rows.step()) (rows.flag(1) ? doneOnes : openOnes).push_back(rows.id<TaskId>(0));
     openOnes.insert(openOnes.end(), doneOnes.begin(), doneOnes.end());
     openOnes.resize(std::min(openOnes.size(), static_cast<std::size_t>(limit)));
@@ -143,7 +143,7 @@ std::vector<TaskId> TaskQueries::search(PersonId viewer, std::string_view text, 
 std::vector<std::string> TaskQueries::statements() {
     const Statements& sql = statementsInUse();
     return {sql.openOnBoards,         sql.openMine,         sql.completedOnBoards, sql.completedMine,
-            sql.completedDueOnBoards, sql.completedDueMine, std::string(kSearch)};
+            sql.completedDueOnBoards, sql.completedDueMine, std::string(searchStatement)};
 }
 
 }  // namespace parvela::service

@@ -7,9 +7,9 @@ namespace parvela::service {
 namespace {
 
 /// Distance between neighbours of a freshly numbered list: twenty moves to one spot fit before it is numbered again.
-constexpr std::int64_t kGap = std::int64_t{1} << 20;
+constexpr std::int64_t gap = std::int64_t{1} << 20;
 
-constexpr std::string_view kSelectTask =
+constexpr std::string_view selectTask =
     "SELECT t.id, t.board_id, t.list_id, b.name, l.name, t.list_before_done, t.parent_id, t.title, t.description, "
     "t.priority, t.start_date, t.due_date, t.due_time, t.position, t.estimate_minutes, t.tracked_ms, t.created_at, "
     "t.created_by, t.completed_at, t.deleted_at "
@@ -48,7 +48,7 @@ std::vector<TaskStore::Reference> readReferences(Statement rows) {
 }  // namespace
 
 std::optional<TaskRow> TaskStore::find(TaskId id, Deleted deleted) {
-    auto row = database_.query(kSelectTask, id);
+    auto row = database_.query(selectTask, id);
     if (!row.step()) return {};
     TaskRow task = readTask(row);
     if (task.deletedAt && deleted == Deleted::hidden) return {};
@@ -62,7 +62,7 @@ TaskId TaskStore::create(const NewTask& task) {
         "?12, "
         "(SELECT ifnull(max(position), 0) + ?13 FROM tasks WHERE list_id = ?2))",
         task.board, task.list, task.parent, task.title, task.description, task.priority, task.startDate, task.dueDate,
-        task.dueTime, task.estimateMinutes, clock_.now(), task.creator, kGap);
+        task.dueTime, task.estimateMinutes, clock_.now(), task.creator, gap);
     return TaskId{database_.lastInsertedRow()};
 }
 
@@ -119,7 +119,7 @@ void TaskStore::renumber(ListId list) {
     }
     std::int64_t position = 0;
     for (const TaskId id : order) {
-        position += kGap;
+        position += gap;
         database_.run("UPDATE tasks SET position = ? WHERE id = ?", position, id);
     }
 }
@@ -142,8 +142,8 @@ void TaskStore::place(TaskId id, const Place& place) {
             if (row.step()) low = row.optionalInteger(0);
         }
         const std::int64_t position = low && high ? *low + (*high - *low) / 2
-                                      : high      ? *high - kGap
-                                                  : low.value_or(0) + kGap;
+                                      : high      ? *high - gap
+                                                  : low.value_or(0) + gap;
         if (low && high && (position == *low || position == *high)) {
             renumber(place.list);
             continue;
@@ -155,10 +155,10 @@ void TaskStore::place(TaskId id, const Place& place) {
 }
 
 void TaskStore::placeFirst(TaskId id, ListId list) {
-    std::int64_t position = kGap;
+    std::int64_t position = gap;
     {
         auto row = database_.query("SELECT min(position) FROM tasks WHERE list_id = ? AND id <> ?", list, id);
-        if (row.step() && !row.isNull(0)) position = row.integer(0) - kGap;
+        if (row.step() && !row.isNull(0)) position = row.integer(0) - gap;
     }
     database_.run("UPDATE tasks SET list_id = ?, position = ? WHERE id = ?", list, position, id);
 }

@@ -1,0 +1,90 @@
+#include "Domain/Resolver.h"
+
+#include <string>
+#include <vector>
+
+namespace parvela::service {
+namespace {
+
+using ::testing::HasSubstr;
+
+std::vector<Account> people() {
+    return {{.id = {1}, .name = "Robin Hale", .email = "robin@example.org"},
+            {.id = {2}, .name = "Rosa Diaz", .email = "r.diaz@example.org"},
+            {.id = {3}, .name = "Zoë Ånäs", .email = "zoe@example.org"},
+            {.id = {4}, .name = "Sam Okafor", .email = "sam.o@example.org"},
+            {.id = {5}, .name = "Sam Park", .email = "park@example.org"},
+            {.id = {6}, .name = "李 雷", .email = "lei@example.org"}};
+}
+
+TEST(Resolver, findsPeopleByEveryNameTheyHave) {
+    struct Case {
+        const char* text;
+        int person;
+    };
+    const Case cases[] = {
+        {"usr_2", 2},      {"Robin Hale", 1}, {" robin hale ", 1},       {"ROBIN", 1}, {"@robin", 1},  {"robinhale", 1},
+        {"robin_hale", 1}, {"r.diaz", 2},     {"R.Diaz@Example.org", 2}, {"zoë", 3},   {"ZOË", 3},     {"zoe", 3},
+        {"zoë ånäs", 3},   {"ros", 2},        {"sam okafor", 4},         {"sam.o", 4}, {"sampark", 5}, {"park", 5},
+        {"李", 6},         {"李雷", 6},       {"sam-park", 5},           {"sam.", 4},  // the beginning of one handle
+                                                                                       // only
+    };
+    for (const auto& [text, person] : cases) {
+        const auto found = resolvePerson(text, people());
+        ASSERT_TRUE(found) << text << ": " << found.error().message;
+        EXPECT_EQ(found->value, person) << text;
+    }
+}
+
+TEST(Resolver, tellsWhyAPersonWasNotFound) {
+    struct Case {
+        std::string text;
+        const char* wording;
+    };
+    const Case cases[] = {
+        {"nobody", "No one called"},
+        {"", "No one called"},
+        {"@", "No one called"},
+        {"r", "No one called"},  // one letter is no beginning of a name
+        {"usr_99", "No one called"},
+        {"ro", "matches more than one person"},
+        {"sam", "matches more than one person"},
+        {std::string(5000, 'x'), "No one called"},
+        {"'; DROP TABLE accounts; --", "No one called"},
+    };
+    for (const auto& [text, wording] : cases) {
+        const auto found = resolvePerson(text, people());
+        ASSERT_FALSE(found) << text;
+        EXPECT_THAT(found.error().message, HasSubstr(wording)) << text;
+        EXPECT_LT(found.error().message.size(), 500U);
+    }
+    EXPECT_THAT(resolvePerson("ro", people()).error().message, HasSubstr("Robin Hale, Rosa Diaz"));
+}
+
+TEST(Resolver, findsLabelsExactlyFirstAndLooselyThen) {
+    const BoardRow board{.id = {1}, .name = "Launch"};
+    const std::vector<LabelRow> labels = {{{1}, {1}, "Design", "red"},
+                                          {{2}, {1}, "Design Review", "red"},
+                                          {{3}, {1}, "in-progress", "red"},
+                                          {{4}, {1}, "in progress", "red"},
+                                          {{5}, {1}, "Größe", "red"}};
+    struct Case {
+        const char* text;
+        int label;  ///< 0 for none
+    };
+    const Case cases[] = {{"design", 1},        {"DESIGN REVIEW", 2},
+                          {"design_review", 2}, {"design--review", 2},
+                          {"lbl_2", 2},         {"in-progress", 3},
+                          {"in progress", 4},   {"in_progress", 0},
+                          {"größe", 5},         {"GRÖSSE", 0},
+                          {"desig", 0},         {"", 0},
+                          {"lbl_9", 0},         {"_", 0}};
+    for (const auto& [text, label] : cases) {
+        const auto found = resolveLabel(text, board, labels);
+        EXPECT_EQ(found ? found->value : 0, label) << text;
+        if (!found) EXPECT_THAT(found.error().message, HasSubstr("“Launch” has no label")) << text;
+    }
+}
+
+}  // namespace
+}  // namespace parvela::service
