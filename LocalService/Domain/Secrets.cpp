@@ -24,7 +24,9 @@ std::uint32_t SystemRandom::below(std::uint32_t bound) {
     return randombytes_uniform(bound);
 }
 
-PasswordHasher::PasswordHasher(PasswordCost cost) : cost_(cost) { initialiseSodium(); }
+PasswordHasher::PasswordHasher(PasswordCost cost) : cost_(cost) {
+    initialiseSodium();
+}
 
 std::string PasswordHasher::hash(std::string_view password) const {
     const bool minimal = cost_ == PasswordCost::minimal;

@@ -189,7 +189,8 @@ void TaskActions::complete(Effects& effects, const Account& actor, const TaskRow
         effects.timer = actor.id;
     }
     if (task.createdBy) {
-        notify(effects, actor, *task.createdBy, doneKind, fmt::format("{} completed {}", actor.name, task.title), task.id);
+        notify(effects, actor, *task.createdBy, doneKind, fmt::format("{} completed {}", actor.name, task.title),
+               task.id);
     }
 }
 

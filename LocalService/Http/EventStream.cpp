@@ -27,7 +27,9 @@ EventStream::EventStream(BoardStore& boards, ChangeFeed& changes)
         this);
 }
 
-EventStream::~EventStream() { g_source_remove(pingTimer_); }
+EventStream::~EventStream() {
+    g_source_remove(pingTimer_);
+}
 
 void EventStream::closeAll() {
     for (const Stream& stream : streams_) end(stream);

@@ -103,6 +103,13 @@ Result<std::uint16_t, std::string> HttpServer::listen(std::uint16_t port) {
 
 void HttpServer::serve(HttpSite site) {
     site_ = std::move(site);
+    // libsoup 3.2 never closes a kept-alive connection whose client has gone, so its sockets would run out. A new
+    // connection for each request costs next to nothing on loopback. Set this early, so that it holds for libsoup's own
+    // answers too.
+    started_ = connect<void(SoupServer*, SoupServerMessage*)>(
+        server_.get(), "request-started", [](SoupServer*, SoupServerMessage* message) {
+            soup_message_headers_replace(soup_server_message_get_response_headers(message), "Connection", "close");
+        });
     soup_server_add_early_handler(
         server_.get(), nullptr,
         [](SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer self) {
@@ -122,7 +129,6 @@ void HttpServer::onHeaders(SoupServerMessage* message) {
     const std::size_t limit = site_.bodyLimit(request);
     const auto refuse = [message](const HttpError& error) {
         writeResponse(message, error.response());
-        soup_message_headers_replace(soup_server_message_get_response_headers(message), "Connection", "close");
         soup_message_body_set_accumulate(soup_server_message_get_request_body(message), FALSE);
     };
     const HttpError tooLarge{413, "That is too large to send."};

@@ -42,6 +42,7 @@ private:
 
     Ref<SoupServer> server_;
     HttpSite site_;
+    Connection started_;
 };
 
 }  // namespace parvela::service

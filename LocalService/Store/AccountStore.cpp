@@ -17,7 +17,8 @@ constexpr auto sessionRenewal = std::chrono::days(1);
 constexpr auto codeLife = 2min;
 constexpr std::size_t secretLength = 43;  // 256 bits
 
-constexpr std::array personColors = {"#3B82F6", "#E5484D", "#30A46C", "#F76808", "#8E4EC6", "#12A594", "#E93D82", "#AD7F58"};
+constexpr std::array personColors = {"#3B82F6", "#E5484D", "#30A46C", "#F76808",
+                                     "#8E4EC6", "#12A594", "#E93D82", "#AD7F58"};
 
 constexpr const char* selectColumns = "SELECT id, name, email, color, role, time_zone FROM accounts ";
 
@@ -55,8 +56,9 @@ PersonId AccountStore::create(const NewAccount& account) {
     database_.run(
         "INSERT INTO accounts(name, email, password_hash, color, role, time_zone, created_at) VALUES (?, ?, ?, ?, ?, "
         "?, ?)",
-        account.name, account.email, account.passwordHash, personColors[static_cast<std::size_t>(already) % personColors.size()],
-        account.role, account.timeZone, clock_.now());
+        account.name, account.email, account.passwordHash,
+        personColors[static_cast<std::size_t>(already) % personColors.size()], account.role, account.timeZone,
+        clock_.now());
     return PersonId{database_.lastInsertedRow()};
 }
 

@@ -57,7 +57,7 @@ struct LabelRow {
 };
 
 inline constexpr std::array<std::string_view, 9> tones = {"gray", "red",  "orange", "yellow", "green",
-                                                           "teal", "blue", "purple", "pink"};
+                                                          "teal", "blue", "purple", "pink"};
 /// By rising importance; the database holds the index.
 inline constexpr std::array<std::string_view, 5> priorities = {"none", "low", "medium", "high", "urgent"};
 

@@ -18,7 +18,8 @@ constexpr const char* visibleBoard =
 std::string perBoard(const std::string& condition, const std::string& order) {
     return "SELECT t.id FROM boards b CROSS JOIN tasks t ON t.id IN (SELECT t.id FROM tasks t WHERE t.board_id = b.id "
            "AND " +
-           condition + " ORDER BY " + order + " LIMIT ?3) WHERE " + visibleBoard + " ORDER BY " + order + ", t.id LIMIT ?3";
+           condition + " ORDER BY " + order + " LIMIT ?3) WHERE " + visibleBoard + " ORDER BY " + order +
+           ", t.id LIMIT ?3";
 }
 
 std::string perAssignee(const std::string& condition, const std::string& order) {
@@ -142,7 +143,7 @@ std::vector<TaskId> TaskQueries::search(PersonId viewer, std::string_view text, 
 
 std::vector<std::string> TaskQueries::statements() {
     const Statements& sql = statementsInUse();
-    return {sql.openOnBoards,         sql.openMine,         sql.completedOnBoards, sql.completedMine,
+    return {sql.openOnBoards,         sql.openMine,         sql.completedOnBoards,       sql.completedMine,
             sql.completedDueOnBoards, sql.completedDueMine, std::string(searchStatement)};
 }
 

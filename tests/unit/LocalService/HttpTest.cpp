@@ -122,6 +122,24 @@ TEST_F(HttpTest, nonsenseOnTheWireDoesNoHarm) {
     EXPECT_EQ(robin.get("/api/v1/me").status, 200);
 }
 
+TEST_F(HttpTest, clientsThatGoAwayLeaveNothingOpen) {
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator files("/proc/self/fd");
+        return std::distance(begin(files), end(files));
+    };
+    const std::string host = hostOf(service->webOrigin());
+    const auto before = openFiles();
+    for (int i = 0; i < 20; ++i) {
+        for (const char* line : {"GET /api/session", "OPTIONS *", "GET /nothing.txt"}) {
+            rawStatus(service->webOrigin(), fmt::format("{} HTTP/1.1\r\nHost: {}\r\n\r\n", line, host));
+        }
+        RawConnection(service->webOrigin())
+            .exchange("POST /api/session HTTP/1.1\r\nHost: x\r\nContent-Length: 9\r\n\r\nabc", "");
+    }
+    robin.get("/api/v1/me");  // gives the service its turn to close
+    EXPECT_LT(openFiles(), before + 10);
+}
+
 TEST_F(HttpTest, aPortInUseIsExplained) {
     Service::Options options{.database = ":memory:", .apiPort = 0, .passwordCost = PasswordCost::minimal};
     options.webPort = static_cast<std::uint16_t>(*Url::parse(service->webOrigin())->port());
