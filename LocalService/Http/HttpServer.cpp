@@ -96,8 +96,9 @@ Result<std::uint16_t, std::string> HttpServer::listen(std::uint16_t port) {
 
     // "localhost" may mean ::1. A machine without IPv6 does without; a stranger on that port must not get our callers.
     const ErrorPtr error = bind(G_SOCKET_FAMILY_IPV6, port);
-    if (error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_ADDRESS_IN_USE))
+    if (error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_ADDRESS_IN_USE)) {
         return Failure(explain(error.get()));
+    }
     return port;
 }
 

@@ -15,7 +15,7 @@ namespace {
 constexpr Text boardNameText = Text::line(200);
 constexpr Text boardDescriptionText = Text::block(5000);
 constexpr Text sectionText = Text::line(100);
-constexpr Text iconText = Text::line(8);
+constexpr Text iconText = Text::line(20);
 constexpr Text listNameText = Text::line(100);
 constexpr Text labelNameText = Text::line(50);
 constexpr Text toneText = Text::line(20);

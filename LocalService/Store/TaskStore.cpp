@@ -1,6 +1,6 @@
 #include "Store/TaskStore.h"
 
-#include <limits>
+#include <algorithm>
 
 namespace parvela::service {
 
@@ -236,6 +236,7 @@ std::vector<ActivityEntry> TaskStore::activity(TaskId id, int limit) {
         "WHERE e.task_id = ? ORDER BY e.id DESC LIMIT ?",
         id, limit);
     while (rows.step()) entries.push_back({rows.text(0), rows.text(1), rows.instant(2)});
+    std::ranges::reverse(entries);
     return entries;
 }
 

@@ -69,7 +69,7 @@ public:
     void addBlocker(TaskId id, TaskId blocker);
 
     void addActivity(TaskId id, PersonId who, const std::string& text);
-    /// Newest first, at most `limit`.
+    /// The latest `limit` entries, oldest first.
     std::vector<ActivityEntry> activity(TaskId id, int limit);
 
     /// Removes for good what was deleted before `moment`: tasks and whole boards.
