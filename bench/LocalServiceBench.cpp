@@ -33,6 +33,9 @@ class FixedClock final : public Clock {
 public:
     Instant now() const override { return Instant(today().dayNumber() * std::chrono::hours(24)); }
     CivilDate today() const override { return {2026, 6, 10}; }
+    Instant moment(CivilDate day, std::int64_t minutes) const override {
+        return Instant(day.dayNumber() * std::chrono::hours(24)) + std::chrono::minutes(minutes);
+    }
 };
 
 /// A database with so many tasks, in a file of its own that goes with it.
