@@ -43,10 +43,10 @@ struct NativeBridge {
         std::string path;  ///< path and query within the web app
     };
     struct Fullscreen {
-        bool on;
+        bool on = false;
     };
     struct Titlebar {
-        bool inset;                          ///< the page must leave room for the window buttons
+        bool inset = false;                  ///< the page must leave room for the window buttons
         std::optional<double> buttonsRight;  ///< where they end, in CSS pixels from the left
     };
     struct RequestLink {};

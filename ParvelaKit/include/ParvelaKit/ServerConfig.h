@@ -15,7 +15,7 @@ class Preferences;
 struct ServerConfig {
     enum class Mode { production, local, custom };
 
-    Mode mode;
+    Mode mode = Mode::production;
     Url appURL;
     Url apiURL;
 
