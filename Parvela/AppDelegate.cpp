@@ -1,5 +1,7 @@
 #include "AppDelegate.h"
 
+#include "Support/InstalledFiles.h"
+#include "Support/RendererChoice.h"
 #include "Windows/MainWindow.h"
 #include "Windows/MainWindowController.h"
 
@@ -10,6 +12,8 @@
 #include <Platform/SystemClock.h>
 
 #include <array>
+#include <string_view>
+#include <unistd.h>
 #include <utility>
 
 #include <fmt/format.h>
@@ -20,6 +24,9 @@ namespace {
 
 /// How long pages wait for a slow keyring to tell the device's id, before they get one for this run.
 constexpr std::chrono::milliseconds devicePatience{800};
+
+/// Set once the graphics driver has let a page go undrawn. People may remove it from the settings file.
+constexpr std::string_view safeRendererKey = "safeRenderer";
 
 constexpr std::array<GOptionEntry, 3> options{{
     {"background", 0, 0, G_OPTION_ARG_NONE, nullptr, "Start without showing a window", nullptr},
@@ -65,7 +72,14 @@ AppDelegate::AppDelegate()
 AppDelegate::~AppDelegate() = default;
 
 int AppDelegate::run(int argc, char** argv) {
-    return g_application_run(G_APPLICATION(application_.get()), argc, argv);
+    const auto remembered = defaults_->get(safeRendererKey);
+    const bool safe = remembered == StoredValue(true) || !hasRenderNode();
+    applyRenderer(safe ? Renderer::safe : Renderer::accelerated);
+    const int status = g_application_run(G_APPLICATION(application_.get()), argc, argv);
+    if (!startsAgain_) return status;
+    const std::string program = (programFolder() / "parvela-desktop").string();
+    execl(program.c_str(), program.c_str(), nullptr);
+    return status;
 }
 
 int AppDelegate::handleLocalOptions(GVariantDict* given) {
@@ -96,6 +110,7 @@ void AppDelegate::didFinishLaunching() {
     };
     windows_->onLastWindowClosed = [this] { lastWindowClosed(); };
     windows_->downloads().notify = [this](UserNotification notification) { notify(std::move(notification)); };
+    if (!drawsSafely()) windows_->onNothingDrawn = [this] { offerSafeRenderer(); };
     windows_->onQuickAdd = [this] { showQuickAdd(); };
     addActions();
     menu_ = std::make_unique<MainMenu>(GTK_APPLICATION(application_.get()));
@@ -159,7 +174,13 @@ void AppDelegate::newTask() {
 
 void AppDelegate::hide() {
     // Without a place from which to call them back, windows stay within reach.
-    for (const auto& window : windows_->windows()) gtk_window_minimize(window->get());
+    for (const auto& window : windows_->windows()) {
+        if (isReachable()) {
+            gtk_widget_set_visible(GTK_WIDGET(window->get()), FALSE);
+        } else {
+            gtk_window_minimize(window->get());
+        }
+    }
 }
 
 void AppDelegate::showAbout() {
@@ -222,7 +243,27 @@ void AppDelegate::showAlert(const std::string& message, const std::string& infor
 }
 
 void AppDelegate::lastWindowClosed() {
-    g_application_quit(G_APPLICATION(application_.get()));
+    if (!isReachable()) g_application_quit(G_APPLICATION(application_.get()));
+}
+
+/// What GTK draws is still seen when what the web engine draws is not.
+void AppDelegate::offerSafeRenderer() {
+    MainWindow* const window = windows_->frontWindow();
+    GtkWidget* const shown = adw_message_dialog_new(
+        window ? window->get() : nullptr, "The page isn't being drawn",
+        "The graphics driver may be the reason. Parvela can start again and draw without it; your windows come back.");
+    AdwMessageDialog* const dialog = ADW_MESSAGE_DIALOG(shown);
+    adw_message_dialog_add_responses(dialog, "later", "Not Now", "restart", "Start Again", nullptr);
+    adw_message_dialog_set_default_response(dialog, "restart");
+    adw_message_dialog_set_close_response(dialog, "later");
+    connections_.push_back(connect<void(AdwMessageDialog*, const char*)>(
+        dialog, "response", [this](AdwMessageDialog*, const char* response) {
+            if (std::string_view(response) != "restart") return;
+            defaults_->set(safeRendererKey, true);
+            startsAgain_ = true;
+            g_application_quit(G_APPLICATION(application_.get()));
+        }));
+    gtk_window_present(GTK_WINDOW(shown));
 }
 
 void AppDelegate::willTerminate() {

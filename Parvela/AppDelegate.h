@@ -14,6 +14,7 @@
 #include <Platform/JsonDefaultsStore.h>
 #include <Platform/XdgPaths.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,6 +38,10 @@ public:
     /// Runs until the user quits; returns the exit status.
     int run(int argc, char** argv);
 
+    /// Whether the user can reach the program without a window, as by an icon in the panel. Not set means no: closing
+    /// the last window then ends the program, and hiding it minimises.
+    std::function<bool()> isReachableWithoutWindow;
+
     /// Shows a message to the user: on the front window, or by itself.
     void showAlert(const std::string& message, const std::string& informative);
 
@@ -50,6 +55,8 @@ private:
     Task<void> readCredentials();
     Task<void> readSettings();
     void lastWindowClosed();
+    void offerSafeRenderer();
+    bool isReachable() const { return isReachableWithoutWindow && isReachableWithoutWindow(); }
     void addActions();
     void addAction(const char* name, std::function<void()> handler);
     void showAbout();
@@ -77,6 +84,7 @@ private:
     MainLoopTimer devicePatience_;
     std::vector<Connection> connections_;
     bool startsInBackground_ = false;
+    bool startsAgain_ = false;
 };
 
 }  // namespace parvela

@@ -1,7 +1,4 @@
 #include "AppDelegate.h"
-#include "Support/RendererChoice.h"
-
-#include <clocale>
 
 #include <glib.h>
 
@@ -10,7 +7,6 @@ int main(int argc, char** argv) {
     // Window managers and docks match windows to the desktop entry by the program's name.
     g_set_prgname(PARVELA_APP_ID);
     g_set_application_name("Parvela");
-    if (!hasRenderNode()) applyRenderer(Renderer::safe);
     AppDelegate delegate;
     return delegate.run(argc, argv);
 }

@@ -1,6 +1,7 @@
 #include "Support/RendererChoice.h"
 
 #include <cstdlib>
+#include <string_view>
 
 namespace parvela {
 
@@ -20,6 +21,11 @@ bool hasRenderNode(const std::filesystem::path& folder) {
         if (entry->path().filename().string().starts_with("renderD")) return true;
     }
     return false;
+}
+
+bool drawsSafely() {
+    const char* const value = std::getenv("WEBKIT_DISABLE_DMABUF_RENDERER");
+    return value && std::string_view(value) == "1";
 }
 
 void applyRenderer(Renderer renderer) {

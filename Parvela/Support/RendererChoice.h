@@ -27,6 +27,9 @@ std::vector<EnvironmentVariable> variablesFor(
 /// Whether the kernel offers a GPU for drawing: a render node in `folder`, normally /dev/dri.
 bool hasRenderNode(const std::filesystem::path& folder = "/dev/dri");
 
+/// Whether pages of this process are drawn without the graphics driver, by our choice or by the user's.
+bool drawsSafely();
+
 /// Applies the choice to this process.
 void applyRenderer(Renderer renderer);
 

@@ -39,6 +39,9 @@ WindowManager::WindowManager(GtkApplication* application, std::shared_ptr<AppMod
     web_.setContentFilter(contentFilterRules(model_->server.get()));
     serverChanged_ = model_->server.observe(
         [this](const ServerConfig& server) { web_.setContentFilter(contentFilterRules(server)); });
+    notificationPermissions_ =
+        connect<void(WebKitWebContext*)>(web_.context(), "initialize-notification-permissions",
+                                         [this](WebKitWebContext*) { tellNotificationPermissions(); });
     stopTimer_ = notifications->stopTimer.observe([this] {
         const auto& timer = model_->timer.get();
         auto* const tab = frontController();
@@ -51,6 +54,19 @@ WindowManager::~WindowManager() {
     closedWindows_.clear();
     controllers_.clear();
     closedControllers_.clear();
+}
+
+/// The engine asks when a page wants to know whether it may notify.
+void WindowManager::tellNotificationPermissions() const {
+    const std::string origin = ServerConfig::origin(model_->server.get().appURL);
+    const auto answer = PagePermissions::remembered(preferences(), origin, "notifications");
+    if (!answer) return;
+    WebKitSecurityOrigin* const known = webkit_security_origin_new_for_uri(origin.c_str());
+    GList* const list = g_list_prepend(nullptr, known);
+    webkit_web_context_initialize_notification_permissions(web_.context(), *answer ? list : nullptr,
+                                                           *answer ? nullptr : list);
+    g_list_free(list);
+    webkit_security_origin_unref(known);
 }
 
 void WindowManager::setDevice(std::string id, std::string name) {
@@ -70,7 +86,10 @@ void WindowManager::rebuildNativeInfoScript() {
 }
 
 MainWindowController& WindowManager::makeController(WebKitWebView* related) {
-    return *controllers_.emplace_back(std::make_shared<MainWindowController>(*this, model_, related));
+    MainWindowController& tab =
+        *controllers_.emplace_back(std::make_shared<MainWindowController>(*this, model_, related));
+    if (onNothingDrawn && !paintWatch_) paintWatch_ = std::make_unique<PaintWatch>(tab.webView().get(), onNothingDrawn);
+    return tab;
 }
 
 MainWindow& WindowManager::makeWindow(const std::optional<WindowFrame>& frame) {

@@ -2,6 +2,7 @@
 
 #include "Model/AppModel.h"
 #include "Web/Downloads.h"
+#include "Web/PaintWatch.h"
 #include "Web/WebBridge.h"
 #include "Web/WebEnvironment.h"
 
@@ -93,6 +94,8 @@ public:
 
     void boardsChanged(const MainWindowController& controller);
     std::function<void()> onBoardsChanged;
+    /// Called when a page has loaded in front of the user and is not drawn. Not set: nobody watches.
+    std::function<void()> onNothingDrawn;
     /// Called after the last window has gone.
     std::function<void()> onLastWindowClosed;
 
@@ -116,6 +119,7 @@ private:
     void openGroup(const WindowState::Group& group);
     void openPending();
     Url startURL() const;
+    void tellNotificationPermissions() const;
     void forget(MainWindow& window);
     void forget(MainWindowController& controller);
 
@@ -137,6 +141,8 @@ private:
     std::weak_ptr<MainWindowController> waitsForSignIn_;
     GMenuModel* menu_ = nullptr;
     MainLoopTimer save_;
+    std::unique_ptr<PaintWatch> paintWatch_;
+    Connection notificationPermissions_;
     Subscription stopTimer_;
     Subscription serverChanged_;
     // Windows and tabs end inside callbacks of theirs; they go once those have returned.
