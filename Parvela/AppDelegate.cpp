@@ -125,6 +125,9 @@ void AppDelegate::didFinishLaunching() {
     openURL_ = notifications_->openURL.observe([this](const DeepLinkTarget& target) { router_->open(target); });
     showQuickAdd_ = notifications_->showQuickAdd.observe([this] { showQuickAdd(); });
     windows_->restore(startsInBackground_ ? WindowManager::Show::later : WindowManager::Show::now);
+    waitingLines_ =
+        std::make_shared<WaitingLines>(model_, clock_, [this](const std::string& report) { showToast(report); });
+    linkChanged_ = notifications_->linkChanged.observe([this] { waitingLines_->renewClient().detach(); });
     readCredentials().detach();
     if (defaults_->warning()) showToast(*defaults_->warning());
 }
@@ -133,6 +136,7 @@ Task<void> AppDelegate::readCredentials() {
     auto reading = model_->reloadCredentials();
     co_await reading;
     if (model_->hasToken.get()) model_->refreshAll().detach();
+    if (waitingLines_) waitingLines_->renewClient().detach();
 }
 
 /// Settings and token may have been changed by the "parvela" command.
@@ -152,6 +156,7 @@ void AppDelegate::addAction(const char* name, std::function<void()> handler) {
 
 void AppDelegate::addActions() {
     addAction("reload-settings", [this] { readSettings().detach(); });
+    addAction("send-waiting-lines", [this] { waitingLines_->tryNow(); });
     addAction("about", [this] { showAbout(); });
     addAction("showSettings", [this] { showSettings(); });
     addAction("showQuickAdd", [this] { showQuickAdd(); });
@@ -269,6 +274,8 @@ void AppDelegate::offerSafeRenderer() {
 void AppDelegate::willTerminate() {
     if (!windows_) return;  // this start only handed its URLs to the running instance
     windows_->saveNow();
+    linkChanged_ = {};
+    waitingLines_.reset();
     router_.reset();
     windows_.reset();
 }

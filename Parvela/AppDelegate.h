@@ -4,6 +4,7 @@
 #include "Model/AppModel.h"
 #include "Model/Notifier.h"
 #include "Support/DesktopServices.h"
+#include "Support/WaitingLines.h"
 #include "URLRouter.h"
 #include "Windows/WindowManager.h"
 
@@ -79,8 +80,10 @@ private:
     std::unique_ptr<WindowManager> windows_;
     std::unique_ptr<MainMenu> menu_;
     std::shared_ptr<URLRouter> router_;
+    std::shared_ptr<WaitingLines> waitingLines_;
     Subscription openURL_;
     Subscription showQuickAdd_;
+    Subscription linkChanged_;
     MainLoopTimer devicePatience_;
     std::vector<Connection> connections_;
     bool startsInBackground_ = false;

@@ -50,6 +50,11 @@ bool call(const char* method, GVariant* arguments) {
     return static_cast<bool>(answer);
 }
 
+/// Nothing happens when no program runs: what the action is for is read at its next start.
+void activate(const char* action) {
+    (void)call("ActivateAction", g_variant_new("(sav@a{sv})", action, nullptr, platformData()));
+}
+
 }  // namespace
 
 bool RunningProgram::open(const std::vector<std::string>& urls) {
@@ -60,7 +65,11 @@ bool RunningProgram::open(const std::vector<std::string>& urls) {
 }
 
 void RunningProgram::tellSettingsChanged() {
-    (void)call("ActivateAction", g_variant_new("(sav@a{sv})", "reload-settings", nullptr, platformData()));
+    activate("reload-settings");
+}
+
+void RunningProgram::tellLinesWait() {
+    activate("send-waiting-lines");
 }
 
 std::string RunningProgram::become(const std::vector<std::string>& arguments) {

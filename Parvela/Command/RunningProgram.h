@@ -11,6 +11,8 @@ struct RunningProgram {
     static bool open(const std::vector<std::string>& urls);
     /// Asks the program that runs, if any, to read its settings and token again (its action "reload-settings").
     static void tellSettingsChanged();
+    /// Tells it that a line was kept for it to send (its action "send-waiting-lines").
+    static void tellLinesWait();
     /// Becomes the program. Returns only when that fails, with the reason.
     static std::string become(const std::vector<std::string>& arguments);
 };

@@ -1,5 +1,7 @@
 #include "TaskCommands.h"
 
+#include "RunningProgram.h"
+
 #include <ParvelaKit/Endpoint.h>
 #include <ParvelaKit/Json/Encoder.h>
 #include <ParvelaKit/OfflineQueue.h>
@@ -149,7 +151,10 @@ ExitStatus addTask(const AddOptions& options, const CommandSession& session, con
     OfflineQueue queue(offlineQueueEnvironment(*session.clock));
     if (const auto& notice = queue.status().get().notice) console.warn(*notice);
     const auto receipt = runUntilDone(queue.submit(std::move(*submission), board->name, *api));
-    if (receipt) return report(*receipt, options.form, console);
+    if (receipt) {
+        if (!receipt->task) RunningProgram::tellLinesWait();
+        return report(*receipt, options.form, console);
+    }
     const auto& failure = receipt.error().apiFailure();
     return failure && failure->error() ? console.fail(*failure->error()) : console.fail(receipt.error().message());
 }

@@ -26,8 +26,8 @@ MainWindow::MainWindow(WindowManager& manager, GtkApplication* application, GMen
     menuButton_ = interface.get<GtkMenuButton>("menuButton");
     clusterMenuButton_ = interface.get<GtkMenuButton>("clusterMenuButton");
     for (GtkMenuButton* const button : {menuButton_, clusterMenuButton_}) gtk_menu_button_set_menu_model(button, menu);
-    buttons_ = std::make_unique<WindowButtons>(interface.get<GtkWidget>("cluster"),
-                                               interface.get<GtkWidget>("controls"), GTK_WIDGET(clusterMenuButton_));
+    buttons_ =
+        std::make_unique<WindowButtons>(interface.get<GtkWidget>("cluster"), interface.get<GtkWidget>("controls"));
     actions_ = std::make_unique<WindowActions>(*this, manager_);
     find_ = std::make_unique<FindBar>(interface, [this] { return selected(); });
     gtk_window_set_application(get(), application);

@@ -16,8 +16,7 @@ int naturalSize(GtkWidget* widget, GtkOrientation orientation) {
 
 }  // namespace
 
-WindowButtons::WindowButtons(GtkWidget* cluster, GtkWidget* controls, GtkWidget* menu)
-    : cluster_(cluster), controls_(controls), menu_(menu) {
+WindowButtons::WindowButtons(GtkWidget* cluster, GtkWidget* controls) : cluster_(cluster), controls_(controls) {
     // The page is told a distance from its left edge, in every language.
     gtk_widget_set_direction(cluster_, GTK_TEXT_DIR_LTR);
     gtk_widget_set_direction(controls_, GTK_TEXT_DIR_LTR);

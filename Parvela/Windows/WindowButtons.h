@@ -12,9 +12,9 @@ namespace parvela {
 /// them.
 class WindowButtons {
 public:
-    /// `cluster` holds `controls`, the three buttons of the toolkit, and `menu`; it floats over the page. The window
-    /// owns all.
-    WindowButtons(GtkWidget* cluster, GtkWidget* controls, GtkWidget* menu);
+    /// `cluster` holds `controls`, the three buttons of the toolkit, and the main menu's; it floats over the page. The
+    /// window owns all.
+    WindowButtons(GtkWidget* cluster, GtkWidget* controls);
 
     /// Shows the buttons where a page at this zoom leaves room for them.
     void apply(double scale);
@@ -31,7 +31,6 @@ private:
 
     GtkWidget* cluster_;
     GtkWidget* controls_;
-    GtkWidget* menu_;
     double scale_ = 1;
     bool applied_ = false;
 };

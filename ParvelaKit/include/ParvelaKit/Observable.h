@@ -36,7 +36,7 @@ public:
     }
 
     /// Calls `observer` after each change, until the subscription goes. Observers may subscribe, unsubscribe and set.
-    [[nodiscard]] Subscription observe(std::function<void(const T&)> observer) {
+    [[nodiscard]] Subscription observe(std::function<void(const T&)> observer) const {
         auto entry = std::make_shared<std::function<void(const T&)>>(std::move(observer));
         observers_.push_back(entry);
         return Subscription(std::move(entry));
@@ -54,7 +54,7 @@ private:
     }
 
     T value_{};
-    std::vector<Observer> observers_;
+    mutable std::vector<Observer> observers_;  // who watches is no part of the value
 };
 
 }  // namespace parvela
