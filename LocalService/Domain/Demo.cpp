@@ -1,5 +1,6 @@
 #include "Domain/Demo.h"
 
+#include <cstdlib>
 #include <map>
 #include <string>
 #include <vector>
@@ -204,7 +205,7 @@ public:
         stores_.tasks.addBlocker(tasks_.at("Plan the launch announcement"),
                                  tasks_.at("Write brief for the landing page"));
         stores_.tasks.setEstimate(tasks_.at("Write brief for the landing page"), 120);
-        stores_.tasks.addTracked(tasks_.at("Write brief for the landing page"), 35 * 60 * 1000);
+        stores_.tasks.addTracked(tasks_.at("Write brief for the landing page"), std::int64_t{35} * 60 * 1000);
 
         comment("rosa", "Choose the hero illustration",
                 "I like the second draft. The first one feels busy on a phone.");
@@ -240,7 +241,8 @@ private:
     }
 
     void edit(const char* person, const char* task, const TaskActions::Edit& change) {
-        static_cast<void>(actions_.edit(people_.at(person), *stores_.tasks.find(tasks_.at(task)), change));
+        // The examples name only people and labels that they have made.
+        if (!actions_.edit(people_.at(person), *stores_.tasks.find(tasks_.at(task)), change)) std::abort();
     }
 
     Stores& stores_;

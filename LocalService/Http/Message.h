@@ -11,7 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
-typedef struct _SoupServerMessage SoupServerMessage;
+using SoupServerMessage = struct _SoupServerMessage;  // NOLINT(bugprone-reserved-identifier): the library's name
 
 namespace parvela::service {
 

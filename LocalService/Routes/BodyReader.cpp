@@ -191,7 +191,7 @@ std::optional<int> BodyReader::priority(const char* key) {
 }
 
 Patch<std::string> BodyReader::colorPatch(const char* key) {
-    const auto value = patch(key, shortText);
+    auto value = patch(key, shortText);
     if (!value.value()) return value;
     const std::string color = upperHex(*value.value());
     if (!isColor(color)) fail(HttpError::invalid(fmt::format("“{}” must be a colour such as #3B82F6.", key)));

@@ -4,7 +4,7 @@ namespace parvela::service {
 
 namespace {
 
-constexpr std::int64_t mostMinutes = 60 * 24 * 365;
+constexpr std::int64_t mostMinutes = std::int64_t{60} * 24 * 365;
 constexpr const char* titleNeeded = "Give the task a title.";
 
 }  // namespace

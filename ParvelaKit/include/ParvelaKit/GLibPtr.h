@@ -126,7 +126,7 @@ private:
             g_weak_ref_clear(&object);
         }
 
-        GWeakRef object;
+        GWeakRef object{};
         gulong handler;
     };
 
