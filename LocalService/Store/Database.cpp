@@ -105,9 +105,9 @@ Database::Database(const std::filesystem::path& file, int schemaVersion) {
     const int code = sqlite3_open_v2(file.c_str(), &handle_,
                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK) {
-        const DatabaseError error(code, handle_ ? sqlite3_errmsg(handle_) : sqlite3_errstr(code));
+        const std::string reason = handle_ ? sqlite3_errmsg(handle_) : sqlite3_errstr(code);
         sqlite3_close_v2(std::exchange(handle_, nullptr));
-        throw error;
+        throw DatabaseError(code, reason);
     }
     try {
         sqlite3_extended_result_codes(handle_, 1);
