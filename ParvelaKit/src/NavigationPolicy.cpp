@@ -62,7 +62,7 @@ NavigationPolicy::Decision NavigationPolicy::newWindow(std::string_view text, Ge
     }
     if (server.isInApp(*url)) {
         // The rest has a meaning only inside the page that made it, and no other program could open it.
-        return isWebScheme(scheme) ? Decision{Action::openTab, *url} : Decision{Action::cancel, std::nullopt};
+        return isWebScheme(scheme) ? Decision{Action::openTab, url} : Decision{Action::cancel, std::nullopt};
     }
     return outside(Action::openInBrowser, *url, gesture);
 }

@@ -37,7 +37,7 @@ public:
     };
 
     struct Decision {
-        Action action;
+        Action action = Action::cancel;
         /// What to open, for the actions that open something.
         std::optional<Url> url;
 
