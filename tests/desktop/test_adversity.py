@@ -1,9 +1,9 @@
-"""The application on a desktop that lacks something, or with a service that does not answer, or a page that wants out."""
+"""The application on a desktop that lacks something, or with a service that does not answer."""
 
 from harness import windows
 from harness.case import DesktopTest
 from harness.session import Keyring
-from harness.waiting import stays_true, wait_until
+from harness.waiting import stays_true
 
 
 class UnreachableService(DesktopTest):
@@ -47,27 +47,3 @@ class LockedKeyring(DesktopTest):
         page.wait_for_text("Sign in to Parvela")
         stays_true(lambda: all("parvela" in str(window.wm_class).lower() for window in windows.windows(self.session)),
                    "only Parvela's own windows are there", duration=1.5)
-
-
-class Boundary(DesktopTest):
-    def test_foreign_pages_open_in_the_browser_and_the_window_stays(self):
-        self.use_service()
-        self.use_application()
-        self.app.start()
-        page = self.app.page(self.service.web_url)
-        page.wait_for_text("Sign in to Parvela")
-        page.evaluate("location.assign('https://elsewhere.example/path?q=1')")
-        wait_until(lambda: self.session.browser_urls() == ["https://elsewhere.example/path?q=1"], "the browser to be asked")
-        self.assertTrue(page.url.startswith(self.service.web_url))
-
-    def test_only_the_web_apps_own_main_frame_may_link(self):
-        """A frame of another origin inside the page never gets at the message handler."""
-        self.use_service()
-        self.use_application()
-        self.app.start()
-        page = self.app.page(self.service.web_url)
-        page.wait_for_text("Sign in to Parvela")
-        self.assertEqual("object", page.evaluate("typeof webkit.messageHandlers.parvela"))
-        page.evaluate("""(() => { const frame = document.createElement('iframe'); frame.src = 'about:blank';
-            document.body.append(frame); window.insideHandler = typeof frame.contentWindow.webkit; })()""")
-        self.assertEqual("undefined", page.evaluate("window.insideHandler"))
