@@ -11,18 +11,18 @@ namespace parvela {
 struct TitlebarLayout {
     /// The buttons as the toolkit makes them.
     struct Buttons {
-        double width;
-        double height;
-        double gap;  ///< between two neighbours
+        double width = 0;
+        double height = 0;
+        double gap = 0;  ///< between two neighbours
         int count = 3;
     };
 
-    double bandWidth;
-    double bandHeight;
+    double bandWidth = 0;
+    double bandHeight = 0;
     std::vector<double> buttonX;  ///< left edges
-    double buttonY;               ///< their common top edge
+    double buttonY = 0;           ///< their common top edge
     /// Where the last button ends, in CSS pixels of the page.
-    double buttonsRight;
+    double buttonsRight = 0;
 
     /// `scale` is the page's zoom.
     static TitlebarLayout make(const Buttons& buttons, double scale, double titlebarWidth);
