@@ -6,6 +6,7 @@ process id when it closes, also when the process that owns it is killed.
 
 import contextlib
 import enum
+import functools
 import os
 import pathlib
 import shutil
@@ -79,6 +80,17 @@ _BUS_SETTINGS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
 """
 
 _BUS_SERVICES = ("org.a11y.Bus",)
+
+
+@functools.cache
+def _sandbox_works():
+    """Whether WebKit's sandbox can be set up here; many containers allow a process no namespaces of its own."""
+    try:
+        probe = subprocess.run(["bwrap", "--unshare-user-try", "--ro-bind", "/", "/", "--proc", "/proc", "true"],
+                               stdin=subprocess.DEVNULL, capture_output=True, timeout=20, check=False)
+    except (FileNotFoundError, subprocess.TimeoutExpired):
+        return False
+    return probe.returncode == 0
 
 
 class Keyring(enum.Enum):
@@ -244,6 +256,9 @@ class Session:
             "NO_PROXY": "localhost,127.0.0.1,::1",
             **self.extra_env,
         }
+        if not _sandbox_works():
+            # WebKit ends the program where it cannot set up its sandbox. A private session shows loopback pages only.
+            self.env["WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS"] = "1"
         script = self.root / "browser"
         script.write_text(_BROWSER_SCRIPT.format(log=self.root / "browser.log"), encoding="utf-8")
         script.chmod(0o755)
