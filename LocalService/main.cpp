@@ -83,9 +83,7 @@ int run(const std::filesystem::path& folder, Service::Options options) {
     return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int start(int argc, char** argv) {
     umask(0077);
     std::string folder = (std::filesystem::path(g_get_user_data_dir()) / "parvela-local-service").string();
     std::string assets;
@@ -105,8 +103,14 @@ int main(int argc, char** argv) {
         ->capture_default_str();
     CLI11_PARSE(app, argc, argv);
     if (!assets.empty()) options.assets = assets;
+    return run(folder, std::move(options));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
     try {
-        return run(folder, std::move(options));
+        return start(argc, argv);
     } catch (const std::exception& error) {
         return fail(error.what());
     }

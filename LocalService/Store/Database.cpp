@@ -119,13 +119,16 @@ Database::Database(const std::filesystem::path& file, int schemaVersion) {
             "PRAGMA temp_store = MEMORY; PRAGMA cache_size = -16000;");
         migrate(*this, schemaVersion);
     } catch (...) {
-        cache_.clear();
-        sqlite3_close_v2(std::exchange(handle_, nullptr));
+        close();
         throw;
     }
 }
 
 Database::~Database() {
+    close();
+}
+
+void Database::close() noexcept {
     for (auto& [sql, cached] : cache_) sqlite3_finalize(cached->statement);
     sqlite3_close_v2(handle_);
 }

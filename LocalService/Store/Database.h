@@ -137,6 +137,8 @@ private:
     };
 
     Statement prepare(std::string_view sql);
+    /// The handle lives on, unseen, until its last statement is finalized; so those of the cache go first.
+    void close() noexcept;
 
     struct StringHash {
         using is_transparent = void;

@@ -128,12 +128,13 @@ void TaskStore::place(TaskId id, const Place& place) {
     Transaction transaction(database_);
     // A second round happens only after the list was numbered afresh, and then there is room.
     for (int round = 0; round < 2; ++round) {
-        std::optional<std::int64_t> low, high;
-        if ((high = positionIn(place.list, place.before, id))) {
+        std::optional<std::int64_t> high = positionIn(place.list, place.before, id);
+        std::optional<std::int64_t> low = high ? std::nullopt : positionIn(place.list, place.after, id);
+        if (high) {
             auto row = database_.query("SELECT max(position) FROM tasks WHERE list_id = ? AND position < ? AND id <> ?",
                                        place.list, *high, id);
             if (row.step()) low = row.optionalInteger(0);
-        } else if ((low = positionIn(place.list, place.after, id))) {
+        } else if (low) {
             auto row = database_.query("SELECT min(position) FROM tasks WHERE list_id = ? AND position > ? AND id <> ?",
                                        place.list, *low, id);
             if (row.step()) high = row.optionalInteger(0);

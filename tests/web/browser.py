@@ -2,11 +2,11 @@
 
 import base64
 import json
-import socket
 import urllib.error
 import urllib.request
 
 from harness.processes import Process
+from harness.service import free_port
 from harness.waiting import wait_until
 
 ELEMENT = "element-6066-11e4-a52e-4f735466cecf"
@@ -39,9 +39,7 @@ class Browser:
     """One browser with an empty profile. `log` receives chromedriver's output."""
 
     def __init__(self, log, env):
-        with socket.socket() as probe:
-            probe.bind(("127.0.0.1", 0))
-            port = probe.getsockname()[1]
+        port = free_port()
         self._base = f"http://127.0.0.1:{port}"
         self._process = Process(["chromedriver", f"--port={port}"], env=env, log=log)
         self._session = ""
@@ -221,9 +219,9 @@ class Browser:
         click = [{"type": "pointerDown", "button": 0}, {"type": "pointerUp", "button": 0}] * times
         self._mouse([{"type": "pointerMove", "x": x, "y": y}, *click])
 
-    def drag(self, element, x, y, drop=True):
-        """Takes an element at its middle and drops it at a place of the window; without `drop` the button stays down."""
-        from_x, from_y = self.middle(element)
+    def drag(self, element, x, y, drop=True, start=None):
+        """Takes an element at its middle, or at `start`, and drops it at a place of the window; without `drop` the button stays down."""
+        from_x, from_y = start or self.middle(element)
         steps = [{"type": "pointerMove", "x": round(from_x + (x - from_x) * part), "y": round(from_y + (y - from_y) * part),
                   "duration": 20} for part in (0.1, 0.4, 0.7, 1, 1)]
         release = [{"type": "pointerUp", "button": 0}] if drop else []

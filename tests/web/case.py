@@ -4,61 +4,22 @@ import os
 import pathlib
 import tempfile
 import unittest
-import urllib.error
-import urllib.request
 
 from browser import Browser
-from harness import programs
 from harness.processes import Process
-from harness.service import Person, free_port
+from harness.service import LocalService
 from harness.waiting import wait_until
 
 
-class Service:
-    """parvela-local-service on free ports; its data lives in `folder`."""
+class Home:
+    """Where the programs of a class run: a home folder of their own, without a desktop."""
 
-    def __init__(self, folder, demo=True):
-        self._folder = folder
-        self._demo = demo
-        self._starts = 0
-        self.web_port = free_port()
-        self.api_port = free_port()
-        self.start()
+    def __init__(self, root):
+        self.root = root
+        self.env = {**os.environ, "HOME": str(root), "XDG_DATA_HOME": str(root), "TZ": "UTC", "LC_ALL": "C.UTF-8"}
 
-    @property
-    def web_url(self):
-        return f"http://localhost:{self.web_port}"
-
-    @property
-    def api_url(self):
-        return f"http://127.0.0.1:{self.api_port}"
-
-    def start(self):
-        """Starts it, again after stop() on the same ports with the same data."""
-        self._starts += 1
-        arguments = ["--data", self._folder / "data", "--web-port", self.web_port, "--api-port", self.api_port]
-        if self._demo:
-            arguments.append("--demo")
-        if os.environ.get("PARVELA_ASSETS"):
-            arguments += ["--assets", pathlib.Path(os.environ["PARVELA_ASSETS"]).resolve()]
-        environment = {**os.environ, "HOME": str(self._folder), "XDG_DATA_HOME": str(self._folder), "TZ": "UTC"}
-        self._process = Process([programs.path("parvela-local-service"), *arguments], env=environment,
-                                log=self._folder / f"service-{self._starts}.log")
-        wait_until(self._answers, "the local service", timeout=20)
-
-    def stop(self):
-        self._process.stop()
-
-    def _answers(self):
-        if not self._process.running():
-            raise AssertionError(f"the local service ended: {self._process.output()}")
-        try:
-            urllib.request.urlopen(f"{self.web_url}/api/session", timeout=5).close()
-        except urllib.error.HTTPError as error:
-            return error.code == 401
-        except OSError:
-            return False
-        return True
+    def start(self, *arguments):
+        return Process(arguments, env=self.env, log=self.root / "programs.log")
 
 
 class WebCase(unittest.TestCase):
@@ -75,15 +36,14 @@ class WebCase(unittest.TestCase):
         folder = tempfile.TemporaryDirectory(prefix="parvela-web-")
         cls.addClassCleanup(folder.cleanup)
         cls.folder = pathlib.Path(folder.name)
-        cls.service = Service(cls.folder, cls.demo)
+        home = Home(cls.folder)
+        cls.service = LocalService(home, cls.demo)
         cls.addClassCleanup(cls.service.stop)
-        environment = {**os.environ, "HOME": str(cls.folder), "TZ": "UTC", "LC_ALL": "C.UTF-8"}
-        cls.browser = Browser(cls.folder / "chromedriver.log", environment)
+        cls.browser = Browser(cls.folder / "chromedriver.log", home.env)
         cls.addClassCleanup(cls.browser.close)
 
     def setUp(self):
-        self.browser.go("about:blank")  # what the last test left must not see its session end
-        self.browser.forget_everything(self.service.web_url)
+        self.forget_everything()
         self.browser.problems()
         self.expected = list(self.expected_problems)
         if self.shell is not None:
@@ -99,6 +59,11 @@ class WebCase(unittest.TestCase):
         outcome = self._outcome.result
         if os.environ.get("PARVELA_SCREENSHOTS") and any(test is self for test, _ in outcome.failures + outcome.errors):
             self.browser.screenshot(pathlib.Path(os.environ["PARVELA_SCREENSHOTS"]) / f"{self._testMethodName}.png")
+
+    def forget_everything(self):
+        """Makes the browser one that was never here. A page that is still open would see its session end and ask again."""
+        self.browser.go("about:blank")
+        self.browser.forget_everything(self.service.web_url)
 
     # What most tests begin with
     def url(self, path):
@@ -120,7 +85,7 @@ class WebCase(unittest.TestCase):
 
     def person(self):
         """The demo person as another browser session, to check and to prepare what the page should show."""
-        return Person(self.service)
+        return self.service.person()
 
     def card(self, title):
         return self.person().find_card(title)

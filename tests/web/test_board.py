@@ -1,5 +1,7 @@
 """A board: cards moved by pointer and by keys, and its five views."""
 
+import datetime
+
 from case import WebCase
 from harness.waiting import wait_until
 
@@ -169,6 +171,27 @@ class Views(WebCase):
         self.browser.keys("Shift+ArrowLeft")
         wait_until(lambda: (self.card(title)["start_date"], self.card(title)["due_date"]) == ("2026-11-09", "2026-11-11"),
                    "both dates to move")
+
+    def test_the_timeline_moves_and_stretches_a_task_by_the_pointer(self):
+        def days(start, end):
+            """Days from today on: the timeline opens with today in sight."""
+            return tuple((datetime.date.today() + datetime.timedelta(days=number)).isoformat() for number in (start, end))
+
+        title = "Set up redirects for old addresses"
+        key = self.card(title)["key"]
+        start, due = days(4, 8)
+        self.person().call("PATCH", f"/api/v1/tasks/{key}", {"start_date": start, "due_date": due})
+        self.open(BOARD + "?view=timeline")
+        # From its middle both ends move; from an end only that one.
+        for share, steps, dates in ((0.5, 2, days(6, 10)), (0.99, 1, days(6, 11)), (0.01, -3, days(3, 11))):
+            with self.subTest(share=share, steps=steps):
+                bar = self.browser.one(f".bar[data-key={key}]")
+                x, y, width = self.browser.js("const b = arguments[0].getBoundingClientRect(); return [b.x, b.y + b.height / 2, b.width]",
+                                              bar)
+                begin = (round(x + width * share), round(y))
+                self.browser.drag(bar, begin[0] + steps * 34 + 1, begin[1] + 3, start=begin)
+                wait_until(lambda: (self.card(title)["start_date"], self.card(title)["due_date"]) == dates, "the dates to change")
+        self.assertIn("view=timeline", self.browser.js("return location.search"), "a drag is no click")
 
     def test_a_board_is_edited_and_deleted(self):
         self.open("/boards")

@@ -30,7 +30,7 @@ class Live(WebCase):
                           "net::ERR_CONNECTION_RESET"]
         self.open("/home")
         self.service.stop()
-        self.addCleanup(lambda: self.service._process.running() or self.service.start())
+        self.addCleanup(self.service.start)
         self.browser.one("#main [role=alert]", "Parvela can't be reached")
         self.browser.keys("n")
         self.browser.one("dialog textarea", "Title")

@@ -18,7 +18,7 @@ class DemoSignIn(WebCase):
     def test_a_foreign_next_address_is_not_followed(self):
         for address in ("//example.com/x", "https://example.com/", "/sign-in?next=/my", "javascript:alert(1)"):
             with self.subTest(address):
-                self.browser.forget_everything(self.service.web_url)
+                self.forget_everything()
                 self.browser.go(self.url("/sign-in?next=" + urllib.parse.quote(address, safe="")))
                 self.browser.click("button", "Explore the demo")
                 self.browser.wait_path("/home")
@@ -64,7 +64,7 @@ class DemoSignIn(WebCase):
         url = urllib.parse.urlsplit(self.browser.js("return window.handedOver.url"))
         self.assertEqual((url.scheme, url.netloc), ("parvela", "auth-callback"))
         code = urllib.parse.parse_qs(url.query)["code"][0]
-        self.browser.forget_everything(self.service.web_url)
+        self.forget_everything()
         self.browser.go(self.url(f"/oauth/complete?code={code}"))
         self.browser.wait_path("/home")
         self.browser.one("h1", "Home")

@@ -51,6 +51,36 @@ class Application:
         """Runs the `parvela` command to its end."""
         return self._session.run(programs.path("parvela"), *arguments, stdin=stdin, timeout=timeout)
 
+    def install(self):
+        """Lets the session's bus and its links start the application, as they do when it is installed. What they start does not
+        become `process`; answers() tells whether it is there."""
+        packaging = programs.build_tree() / "packaging"
+        desktop_entry = (packaging / f"{APP_ID}.desktop").read_text(encoding="utf-8")
+        folder = programs.path("parvela").parent
+        applications = self._session.data_home / "applications"
+        (applications / f"{APP_ID}.desktop").write_text(desktop_entry.replace("Exec=parvela", f"Exec={folder}/parvela"), encoding="utf-8")
+        service = (packaging / f"{APP_ID}.service").read_text(encoding="utf-8")
+        (self._session.root / "services" / f"{APP_ID}.service").write_text(
+            re.sub(r"Exec=\S*/", f"Exec={folder}/", service), encoding="utf-8")
+        self._session.run("update-desktop-database", applications)
+        inspector = f"{{'WEBKIT_INSPECTOR_HTTP_SERVER': '127.0.0.1:{self._inspector_port}'}}"
+        for method, arguments in (("UpdateActivationEnvironment", [inspector]), ("ReloadConfig", [])):
+            result = self._session.run("gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path",
+                                       "/org/freedesktop/DBus", "--method", f"org.freedesktop.DBus.{method}", *arguments)
+            if result.returncode != 0:
+                raise RuntimeError(f"{method}: {result.stderr}")
+
+    def answers(self):
+        """Whether the application has its name on the session bus, however it was started."""
+        result = self._session.run("gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path",
+                                   "/org/freedesktop/DBus", "--method", "org.freedesktop.DBus.NameHasOwner", APP_ID)
+        return "true" in result.stdout
+
+    def call(self, method, *arguments, object_name="Automation", interface="app.parvela.Automation1"):
+        """Calls one of its objects on the bus, which starts the application when need be. Returns gdbus's whole run."""
+        return self._session.run("gdbus", "call", "--session", "--dest", APP_ID, "--object-path", f"/app/parvela/Parvela/{object_name}",
+                                 "--method", f"{interface}.{method}", *arguments)
+
     # Surfaces.
 
     def windows(self):

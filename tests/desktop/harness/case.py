@@ -6,6 +6,7 @@ import unittest
 
 from . import programs, windows
 from .application import Application
+from .bus import Bus
 from .service import LocalService
 from .session import Keyring, Session, WindowManager
 from .waiting import wait_until
@@ -24,12 +25,15 @@ class DesktopTest(unittest.TestCase):
     keyring = Keyring.unlocked
     window_manager = WindowManager.openbox
     size = (1280, 800)
+    bus_services = ()
+    notifications = True
 
     def setUp(self):
         signal.signal(signal.SIGALRM, self._took_too_long)
         signal.alarm(_LONGEST_TEST)
         self.addCleanup(signal.alarm, 0)
-        self.session = Session(keyring=self.keyring, window_manager=self.window_manager, size=self.size)
+        self.session = Session(keyring=self.keyring, window_manager=self.window_manager, size=self.size,
+                               bus_services=self.bus_services, notifications=self.notifications)
         self.session.__enter__()
         self.addCleanup(self.session.close)
         self.addCleanup(self._report_failure)
@@ -46,10 +50,22 @@ class DesktopTest(unittest.TestCase):
         """Prepares the application, pointed at the local service unless told otherwise. It is not started yet."""
         self.app = Application(self.session, web_url or self.service.web_url, api_url or self.service.api_url)
 
+    def link_device(self):
+        """Links the application, which does not run, by a token made for it."""
+        token = self.person.call("POST", "/api/tokens", {"name": "Desktop", "write": True})["token"]
+        result = self.app.command("link-token", stdin=token + "\n")
+        self.assertEqual((0, ""), (result.returncode, result.stderr))
+        board = self.person.boards()[0]
+        self.app.change_settings(defaultBoardID=board["id"], defaultBoardName=board["name"])
+
     def accessibility(self):
         tree = self.app.accessibility()
         self.addCleanup(tree.close)
         return tree
+
+    def use_bus(self):
+        self.bus = Bus(self.session)
+        self.addCleanup(self.bus.close)
 
     def _report_failure(self):
         """A picture of the screen and what the programs said, while the session still stands."""
@@ -66,10 +82,11 @@ class DesktopTest(unittest.TestCase):
             (folder / "no-screen.txt").write_text(str(error), encoding="utf-8")
         print(f"report of {self.id()}: {folder}", flush=True)
 
-    def start_linked(self):
+    def start_linked(self, **settings):
         """Brings everything up to a linked application whose page is at home. Returns the page."""
         self.use_service()
         self.use_application()
+        self.app.change_settings(**settings)
         self.app.start()
         page = self.app.page(self.service.web_url)
         page.press("Explore the demo")

@@ -2,6 +2,8 @@
 
 import http.cookiejar
 import json
+import os
+import pathlib
 import socket
 import urllib.error
 import urllib.request
@@ -26,12 +28,20 @@ class ServiceError(Exception):
 
 
 class LocalService:
-    """A running parvela-local-service whose data goes with the session."""
+    """A running parvela-local-service whose data goes with the session, or with whatever else has `root` and start().
 
-    def __init__(self, session):
+    With PARVELA_ASSETS set, its pages come from that folder instead of those inside the program.
+    """
+
+    def __init__(self, session, demo=True):
         self._session = session
         self.web_port = free_port()
         self.api_port = free_port()
+        self._arguments = ["--data", session.root / "service", "--web-port", self.web_port, "--api-port", self.api_port]
+        if demo:
+            self._arguments.append("--demo")
+        if os.environ.get("PARVELA_ASSETS"):
+            self._arguments += ["--assets", pathlib.Path(os.environ["PARVELA_ASSETS"]).resolve()]
         self._process = None
         self.start()
 
@@ -44,10 +54,10 @@ class LocalService:
         return f"http://127.0.0.1:{self.api_port}"
 
     def start(self):
-        """Starts it, again after stop() on the same ports with the same data."""
-        self._process = self._session.start(
-            programs.path("parvela-local-service"), "--data", self._session.root / "service", "--web-port", self.web_port,
-            "--api-port", self.api_port, "--demo")
+        """Starts it, unless it runs; after stop() on the same ports with the same data."""
+        if self._process and self._process.running():
+            return
+        self._process = self._session.start(programs.path("parvela-local-service"), *self._arguments)
         wait_until(self._answers, "the local service", timeout=20)
 
     def stop(self):

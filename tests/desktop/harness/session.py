@@ -36,6 +36,7 @@ _DUNST_SETTINGS = """[global]
     origin = top-right
     mouse_left_click = do_action, close_current
     frame_width = 1
+    markup = full
     font = Sans 10
 [urgency_low]
     timeout = 0
@@ -172,6 +173,10 @@ class Session:
         process = processes.Process(arguments, {**self.env, **(env or {})}, log=log, cwd=cwd)
         self._started.append(process)
         return process
+
+    def programs(self, name):
+        """The started programs with this name."""
+        return [process for process in self._started if process.name == name]
 
     def run(self, *arguments, env=None, timeout=20, stdin=None):
         """Runs a program to its end and returns subprocess.CompletedProcess with text output. Does not judge its exit status."""

@@ -8,6 +8,7 @@ import { changeTask } from '../../core/tasks.js';
 import { toneClass } from '../../core/color.js';
 import { Empty } from '../../ui/bits.js';
 import { DoneCheck } from '../../ui/task-bits.js';
+import { dragBar } from './bar-drag.js';
 import { columnsOf } from './order.js';
 
 const SCALES = [
@@ -60,6 +61,14 @@ export function TimelineView({ board, tasks }) {
     announce(`${task.title}: ${longDate(addDays(spanOf(task).to, step))}.`);
   };
 
+  const drop = (task, start, end) => {
+    const { from, to } = spanOf(task);
+    const change = {};
+    if (start !== 0 && (start !== end || task.start_date)) change.start_date = addDays(from, start);
+    if (end !== 0 && (start !== end || task.due_date)) change.due_date = addDays(to, end);
+    changeTask(task.key, change, change);
+  };
+
   return html`<div class="timeline" style=${{ '--day': `${scale.day}px`, '--days': length }} onKeyDown=${onKeyDown}>
     <div class="month-bar">
       <div class="segmented" role="group" aria-label="Scale">
@@ -108,7 +117,12 @@ export function TimelineView({ board, tasks }) {
         ({ list, cards }) => html`<section key=${list.id} aria-label=${list.name}>
           <h2 class="timeline-group"><span class="truncate">${list.name}</span></h2>
           <ul>
-            ${cards.map((task) => html`<${TimelineRow} key=${task.key} task=${task} at=${at} />`)}
+            ${cards.map((task) => html`<${TimelineRow}
+                key=${task.key}
+                task=${task}
+                at=${at}
+                onPress=${(event) => dragBar(event, scale.day, (start, end) => drop(task, start, end))}
+              />`)}
           </ul>
         </section>`,
       )}
@@ -117,7 +131,7 @@ export function TimelineView({ board, tasks }) {
   </div>`;
 }
 
-function TimelineRow({ task, at }) {
+function TimelineRow({ task, at, onPress }) {
   const { from, to } = spanOf(task);
   const text = from === to ? shortDate(to) : `${shortDate(from)} – ${shortDate(to)}`;
   return html`<li class="timeline-row ${task.done ? 'is-done' : ''}">
@@ -130,6 +144,8 @@ function TimelineRow({ task, at }) {
         class="bar ${task.done ? 'tone-gray' : toneClass(task.label_tags?.[0]?.tone ?? 'teal')}"
         href=${taskPath(task.key)}
         data-key=${task.key}
+        draggable=${false}
+        onPointerDown=${onPress}
         style=${{ '--from': at(from), '--span': at(to) - at(from) + 1 }}
         aria-label=${`${task.title}, ${text}`}
         title=${`${task.title}, ${text}`}
