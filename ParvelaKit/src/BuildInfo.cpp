@@ -17,6 +17,14 @@ std::optional<std::string> BuildInfo::appGroup() {
     return groupName(buildSettings::appGroup);
 }
 
+std::string_view BuildInfo::updateFeedURL() {
+    return buildSettings::updateFeedURL;
+}
+
+std::string_view BuildInfo::updatePublicKey() {
+    return buildSettings::updatePublicKey;
+}
+
 std::optional<std::string> BuildInfo::groupName(std::string_view setting) {
     const std::string_view name = trimmed(setting);
     if (name.empty() || name.contains("$(")) return std::nullopt;

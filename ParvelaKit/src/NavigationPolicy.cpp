@@ -5,12 +5,20 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace parvela {
 
 namespace {
 
 using namespace std::chrono_literals;
+
+/// A page that opens more at a time is not asked for them.
+constexpr std::size_t tabsPerGesture = 5;
+
+/// More than the engine follows in one load.
+constexpr std::size_t mostRedirects = 64;
 
 /// Whatever has another scheme is for another program.
 bool isBrowserScheme(std::string_view scheme) {
@@ -34,6 +42,11 @@ bool isSignInUnseenByFilter(const Url& url) {
     return !text.substr(std::min(path, text.size())).starts_with("/api/auth/signin/");
 }
 
+/// Whether a main frame may show it.
+bool mayStay(const Url& url, const ServerConfig& server) {
+    return isBrowserScheme(url.lowercaseScheme()) && server.isInApp(url) && !leavesForSignIn(url, server);
+}
+
 }  // namespace
 
 NavigationPolicy::Decision NavigationPolicy::navigation(std::string_view text, Frame frame, Gesture gesture,
@@ -51,6 +64,38 @@ NavigationPolicy::Decision NavigationPolicy::navigation(std::string_view text, F
     return outside(Action::openInBrowser, *url, gesture);
 }
 
+void NavigationPolicy::mainLoadStarted() {
+    mainFrameLoads_ = true;
+    redirects_.clear();
+}
+
+void NavigationPolicy::redirected(std::string_view url) {
+    if (mainFrameLoads_ && redirects_.size() < mostRedirects) redirects_.emplace(url);
+}
+
+void NavigationPolicy::mainLoadEnded() {
+    mainFrameLoads_ = false;
+    redirects_.clear();
+}
+
+NavigationPolicy::Decision NavigationPolicy::blocked(std::string_view text, const ServerConfig& server) {
+    const auto redirects = std::exchange(redirects_, {});
+    mainFrameLoads_ = false;
+    const auto url = Url::parseFromEngine(text);
+    if (!url) return {Action::cancel, std::nullopt};
+    if (mayStay(*url, server)) {
+        std::vector<std::string_view> stopped;
+        for (const std::string& target : redirects) {
+            const auto redirect = Url::parseFromEngine(target);
+            if (redirect && !mayStay(*redirect, server)) stopped.push_back(target);
+        }
+        if (stopped.empty()) return {Action::cancel, std::nullopt};
+        if (stopped.size() > 1) return outside(Action::openInBrowser, *url, Gesture::none);
+        return navigation(stopped.front(), Frame::main, Gesture::none, Purpose::show, server);
+    }
+    return navigation(text, Frame::main, Gesture::none, Purpose::show, server);
+}
+
 NavigationPolicy::Decision NavigationPolicy::newWindow(std::string_view text, Gesture gesture,
                                                        const ServerConfig& server) {
     const auto url = Url::parseFromEngine(text);
@@ -62,9 +107,19 @@ NavigationPolicy::Decision NavigationPolicy::newWindow(std::string_view text, Ge
     }
     if (server.isInApp(*url)) {
         // The rest has a meaning only inside the page that made it, and no other program could open it.
-        return isWebScheme(scheme) ? Decision{Action::openTab, url} : Decision{Action::cancel, std::nullopt};
+        const bool opens = isWebScheme(scheme) && mayOpenTab(gesture);
+        return opens ? Decision{Action::openTab, url} : Decision{Action::cancel, std::nullopt};
     }
     return outside(Action::openInBrowser, *url, gesture);
+}
+
+/// One gesture can stand for many requests, so those are counted too.
+bool NavigationPolicy::mayOpenTab(Gesture gesture) {
+    const Instant now = clock_->now();
+    std::erase_if(tabsOpened_, [now](Instant opened) { return opened > now || now - opened >= 1s; });
+    if (tabsOpened_.size() >= (gesture == Gesture::user ? tabsPerGesture : 1)) return false;
+    tabsOpened_.push_back(now);
+    return true;
 }
 
 NavigationPolicy::Action NavigationPolicy::response(Display display,

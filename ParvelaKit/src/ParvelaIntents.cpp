@@ -1,5 +1,7 @@
 #include <ParvelaKit/ParvelaIntents.h>
+#include <ParvelaKit/QuickAddParser.h>
 #include <ParvelaKit/Records.h>
+#include <ParvelaKit/Text.h>
 
 #include <algorithm>
 #include <utility>
@@ -78,11 +80,19 @@ QuickAddPriority quickAddPriority(TaskPriorityOption option) {
 }
 
 Failure<IntentError> failed(const APIError& error) {
-    return Failure(IntentError{error.message(), error});
+    return Failure(IntentError{IntentError::Case::call, error.message(), error});
 }
 
 Failure<IntentError> failed(const APIFailure& failure) {
     return failure.error() ? failed(*failure.error()) : Failure(IntentError{});
+}
+
+Failure<IntentError> misused(IntentError::Case kind, std::string message) {
+    return Failure(IntentError{kind, std::move(message)});
+}
+
+Failure<IntentError> tooLong() {
+    return misused(IntentError::Case::tooLong, "The text is too long.");
 }
 
 Outcome addTask(ParvelaSession session, OfflineQueue* queue, AddTaskIntent intent) {
@@ -95,7 +105,7 @@ Outcome addTask(ParvelaSession session, OfflineQueue* queue, AddTaskIntent inten
             intent.board = BoardEntity{*id, session.prefs().defaultBoardName().value_or(std::string())};
         }
     }
-    if (!intent.board) co_return Failure(IntentError{noBoardText});
+    if (!intent.board) co_return misused(IntentError::Case::noBoard, noBoardText);
 
     QuickAddSubmission submission{
         .line = std::move(intent.title), .board = intent.board->id, .today = session.clock().today()};
@@ -106,12 +116,13 @@ Outcome addTask(ParvelaSession session, OfflineQueue* queue, AddTaskIntent inten
     if (!receipt) {
         const auto& failure = receipt.error().apiFailure();
         if (failure) co_return failed(*failure);
-        co_return Failure(IntentError{receipt.error().message()});
+        co_return misused(IntentError::Case::noTitle, receipt.error().message());
     }
     if (!receipt->task) co_return IntentResult{receipt->note.value_or(std::string())};
 
     IntentResult result{fmt::format("Added {}: {}", receipt->task->key, receipt->task->title)};
     result.tasks.push_back(*std::move(receipt->task));
+    result.note = std::move(receipt->note);
     co_return result;
 }
 
@@ -142,11 +153,21 @@ bool isWebAppPage(const Url& page, const ServerConfig& server) {
     return (scheme == "https" || scheme == "http") && server.isInApp(page);
 }
 
+/// The key without blanks around it.
+Result<std::string, IntentError> checkedKey(const std::string& key) {
+    if (key.size() > ParvelaIntents::longestText) return tooLong();
+    std::string cleaned(trimmed(key));
+    if (cleaned.empty()) return misused(IntentError::Case::noKey, std::string(keyParameter.front().prompt));
+    return cleaned;
+}
+
 Outcome openTask(ParvelaSession session, OpenTaskIntent intent, std::function<void(Url)> openURL) {
+    const auto key = checkedKey(intent.key);
+    if (!key) co_return Failure(key.error());
     auto connecting = session.client();
     const auto api = co_await connecting;
     if (!api) co_return failed(APIError::missingToken());
-    auto call = api->send<TaskSummary>(Endpoint::task(intent.key));
+    auto call = api->send<TaskSummary>(Endpoint::task(*key));
     auto task = co_await call;
     if (!task) co_return failed(task.error());
     const ServerConfig server = session.server();
@@ -154,19 +175,21 @@ Outcome openTask(ParvelaSession session, OpenTaskIntent intent, std::function<vo
     if (!page || !isWebAppPage(*page, server)) co_return failed(APIError::invalidResponse());
     openURL(*page);
 
-    IntentResult result{"Open " + intent.key};
+    IntentResult result{"Open " + *key};
     result.tasks.push_back(*std::move(task));
     co_return result;
 }
 
 Outcome completeTask(ParvelaSession session, CompleteTaskIntent intent) {
+    const auto key = checkedKey(intent.key);
+    if (!key) co_return Failure(key.error());
     auto connecting = session.client();
     const auto api = co_await connecting;
     if (!api) co_return failed(APIError::missingToken());
-    auto call = api->send<TaskSummary>(Endpoint::task(intent.key));
+    auto call = api->send<TaskSummary>(Endpoint::task(*key));
     auto task = co_await call;
     if (!task) co_return failed(task.error());
-    auto completing = api->send<TaskSummary>(Endpoint::updateTask(intent.key, TaskPatch{.done = true}));
+    auto completing = api->send<TaskSummary>(Endpoint::updateTask(*key, TaskPatch{.done = true}));
     auto completed = co_await completing;
     if (!completed) co_return failed(completed.error());
 
@@ -192,7 +215,133 @@ Task<Result<std::vector<BoardEntity>, IntentError>> findBoards(ParvelaSession se
     co_return found;
 }
 
+/// The date that quick add would take from these words, when they are nothing but a date.
+std::optional<CivilDate> dateFrom(const std::string& words, CivilDate today) {
+    if (const auto date = CivilDate::parse(trimmed(words))) return date;
+    const std::string title = "Task";
+    const QuickAddContext context{
+        .today = today, .members = std::vector<QuickAddMember>(), .labels = std::vector<QuickAddLabel>()};
+    const auto result = QuickAdd::parse(title + " " + words, context);
+    const bool onlyDate = result.title == title && !result.dueTime && !result.repeat &&
+                          result.priority == QuickAddPriority::none && result.tokens.size() == 1;
+    return onlyDate && result.dueDate ? CivilDate::parse(*result.dueDate) : std::nullopt;
+}
+
+/// By id, or by name without regard to case.
+Result<BoardEntity, IntentError> boardNamed(const std::string& wanted, const std::vector<BoardEntity>& boards) {
+    const auto byId = std::ranges::find(boards, wanted, &BoardEntity::id);
+    if (byId != boards.end()) return *byId;
+    const std::string name = lowercased(trimmed(wanted));
+    const BoardEntity* found = nullptr;
+    std::string ids;
+    for (const BoardEntity& board : boards) {
+        if (lowercased(trimmed(board.name)) != name) continue;
+        ids += (ids.empty() ? "" : ", ") + board.id;
+        found = &board;
+    }
+    if (!found) return misused(IntentError::Case::unknownBoard, fmt::format("There is no board “{}”.", wanted));
+    if (ids == found->id) return *found;
+    return misused(IntentError::Case::ambiguousBoard,
+                   fmt::format("Several boards are called “{}”. Name one by its id: {}.", wanted, ids));
+}
+
+Task<Result<AddTaskIntent, IntentError>> understood(ParvelaSession session, AddTaskWords words) {
+    for (const auto* text : {&words.board, &words.due, &words.priority}) {
+        if (*text && (*text)->size() > ParvelaIntents::longestText) co_return tooLong();
+    }
+    if (words.line.size() > ParvelaIntents::longestText) co_return tooLong();
+
+    const CivilDate today = session.clock().today();
+    const QuickAddSubmission submission{.line = words.line, .today = today};
+    if (const auto draft = QuickAddService::parse(submission); !draft) {
+        co_return misused(IntentError::Case::noTitle, draft.error().message());
+    }
+    AddTaskIntent intent{.title = std::move(words.line)};
+    if (words.due) {
+        intent.dueDate = dateFrom(*words.due, today);
+        if (!intent.dueDate) {
+            co_return misused(
+                IntentError::Case::badDate,
+                fmt::format("“{}” is not a date. Use YYYY-MM-DD, or words such as “tomorrow” or “next friday”.",
+                            *words.due));
+        }
+    }
+    if (words.priority) {
+        intent.priority = TaskPriorityOptions::fromRawValue(asciiLowercased(*words.priority));
+        if (!intent.priority) {
+            co_return misused(IntentError::Case::badPriority,
+                              fmt::format("“{}” is not a priority. Use low, medium, high or urgent.", *words.priority));
+        }
+    }
+    // The default board needs no network, so a line for it can be kept while offline.
+    if (!words.board || words.board == session.prefs().defaultBoardID()) co_return intent;
+
+    auto connecting = session.client();
+    const auto api = co_await connecting;
+    if (!api) co_return failed(APIError::missingToken());
+    auto asking = findBoards(session, std::nullopt);
+    const auto boards = co_await asking;
+    if (!boards) co_return Failure(boards.error());
+    auto board = boardNamed(*words.board, *boards);
+    if (!board) co_return Failure(std::move(board.error()));
+    intent.board = std::move(*board);
+    co_return intent;
+}
+
 }  // namespace
+
+std::string_view IntentError::name() const {
+    switch (kind) {
+        case Case::noBoard:
+            return "NoBoard";
+        case Case::noTitle:
+            return "NoTitle";
+        case Case::noKey:
+            return "NoKey";
+        case Case::unknownBoard:
+            return "UnknownBoard";
+        case Case::ambiguousBoard:
+            return "AmbiguousBoard";
+        case Case::badDate:
+            return "BadDate";
+        case Case::badPriority:
+            return "BadPriority";
+        case Case::tooLong:
+            return "TooLong";
+        case Case::call:
+            break;
+    }
+    if (!apiError) return "Cancelled";
+    switch (apiError->kind()) {
+        case APIError::Case::forbidden:
+            return "Forbidden";
+        case APIError::Case::notFound:
+            return "NotFound";
+        case APIError::Case::badRequest:
+            return "BadRequest";
+        case APIError::Case::rateLimited:
+            return "RateLimited";
+        case APIError::Case::server:
+            return "Server";
+        case APIError::Case::missingToken:
+            return "NotLinked";
+        case APIError::Case::unauthorized:
+            return "TokenRefused";
+        case APIError::Case::offline:
+            return "Offline";
+        case APIError::Case::timedOut:
+            return "TimedOut";
+        case APIError::Case::invalidResponse:
+            return "InvalidResponse";
+        case APIError::Case::invalidURL:
+            break;
+    }
+    return "InvalidServer";
+}
+
+bool IntentError::isMisuse() const {
+    return kind != Case::call && kind != Case::noBoard;
+}
 
 std::string_view TaskPriorityOptions::rawValue(TaskPriorityOption option) {
     return QuickAdd::apiString(quickAddPriority(option));
@@ -221,6 +370,10 @@ std::vector<std::string> IntentDescription::phrasesFor(std::string_view applicat
 
 std::span<const IntentDescription> ParvelaIntents::descriptions() {
     return allDescriptions;
+}
+
+Task<Result<AddTaskIntent, IntentError>> ParvelaIntents::understand(AddTaskWords words) const {
+    return understood(session_, std::move(words));
 }
 
 Outcome ParvelaIntents::perform(AddTaskIntent intent) const {

@@ -63,14 +63,15 @@ Task<Result<void, PastedTokenError>> ParvelaSession::savePasted(ParvelaSession s
     co_return Outcome();
 }
 
-Task<void> ParvelaSession::unlink() const {
+Task<Unlinked> ParvelaSession::unlink() const {
     return unlinkNow(*this);
 }
 
-Task<void> ParvelaSession::unlinkNow(ParvelaSession session) {
+Task<Unlinked> ParvelaSession::unlinkNow(ParvelaSession session) {
     const ServerConfig server = session.server();
     auto reading = session.tokens_.read(server.apiURL);
     const auto token = co_await reading;
+    auto outcome = Unlinked::revoked;
     if (token) {
         const ParvelaAPI api{server.apiURL, *token, session.transport_};
         if (const auto pushToken = session.prefs_.pushToken()) {
@@ -78,20 +79,28 @@ Task<void> ParvelaSession::unlinkNow(ParvelaSession session) {
             co_await unregistering;
         }
         auto revoking = api.send<OKResponse>(Endpoint::revokeToken());
-        co_await revoking;
+        const auto revoked = co_await revoking;
+        // A token that the service does not know is worth nothing either.
+        const auto unknown = APIFailure(APIError::unauthorized());
+        if (!revoked && revoked.error() != unknown) outcome = Unlinked::notRevoked;
     }
 
     auto turn = session.changing_.lock();
     const auto guard = co_await turn;
     auto readingAgain = session.tokens_.read(server.apiURL);
     const auto current = co_await readingAgain;
-    if (current != token) co_return;
+    if (current != token) co_return Unlinked::stillKept;
 
     auto removing = session.tokens_.remove(server.apiURL);
-    co_await removing;
+    const SecretStatus removed = co_await removing;
     const std::string origin = ServerConfig::origin(server.appURL);
     session.prefs_.setLinkInfo(origin, std::nullopt);
     session.prefs_.setLinkedApi(origin, std::nullopt);
+    // One that could not be read before was not revoked.
+    if (removed == SecretStatus::success) co_return token ? outcome : Unlinked::notRevoked;
+    const bool mayBeThere = token || removed == SecretStatus::locked || removed == SecretStatus::failed;
+    const bool isKept = mayBeThere && removed != SecretStatus::notFound;
+    co_return isKept ? Unlinked::stillKept : outcome;
 }
 
 std::optional<LinkInfo> ParvelaSession::linkInfo() const {

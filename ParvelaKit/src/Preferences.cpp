@@ -115,6 +115,12 @@ Preferences::OptionalText Preferences::dailySummaryLastSent() const {
 void Preferences::setDailySummaryLastSent(OptionalText value) const {
     writeValue(*store_, "dailySummaryLastSent", std::move(value));
 }
+Preferences::OptionalText Preferences::dailySummaryDaysSent() const {
+    return readValue<std::string>(*store_, "dailySummaryDaysSent");
+}
+void Preferences::setDailySummaryDaysSent(OptionalText value) const {
+    writeValue(*store_, "dailySummaryDaysSent", std::move(value));
+}
 
 Preferences::OptionalText Preferences::pushToken() const {
     return readValue<std::string>(*store_, "pushToken");
@@ -197,6 +203,42 @@ double Preferences::pageZoom() const {
 }
 void Preferences::setPageZoom(double zoom) const {
     store_->set("pageZoom", zoom);
+}
+
+bool Preferences::spellCheckingEnabled() const {
+    return readValue<bool>(*store_, "spellCheckingEnabled").value_or(true);
+}
+void Preferences::setSpellCheckingEnabled(bool enabled) const {
+    store_->set("spellCheckingEnabled", enabled);
+}
+
+Preferences::OptionalText Preferences::spellCheckingLanguages() const {
+    return readValue<std::string>(*store_, "spellCheckingLanguages");
+}
+void Preferences::setSpellCheckingLanguages(OptionalText languages) const {
+    writeValue(*store_, "spellCheckingLanguages", std::move(languages));
+}
+
+bool Preferences::startsHidden() const {
+    return readValue<bool>(*store_, "startsHidden").value_or(true);
+}
+void Preferences::setStartsHidden(bool hidden) const {
+    store_->set("startsHidden", hidden);
+}
+
+std::optional<Instant> Preferences::lastUpdateCheck() const {
+    const auto time = readValue<std::int64_t>(*store_, "lastUpdateCheck");
+    return time && *time >= 0 ? std::optional(Instant(std::chrono::milliseconds(*time))) : std::nullopt;
+}
+void Preferences::setLastUpdateCheck(Instant time) const {
+    store_->set("lastUpdateCheck", std::int64_t{time.time_since_epoch().count()});
+}
+
+Preferences::OptionalText Preferences::skippedUpdate() const {
+    return readValue<std::string>(*store_, "skippedUpdate");
+}
+void Preferences::setSkippedUpdate(OptionalText version) const {
+    writeValue(*store_, "skippedUpdate", std::move(version));
 }
 
 Preferences::OptionalText Preferences::titlebarDoubleClickAction() const {

@@ -110,11 +110,14 @@ WindowFrame WindowFrame::onMonitors(std::span<const WindowFrame> monitors) const
         return overlap(fitted.x, fitted.width, monitor.x, monitor.width) >= graspWidth &&
                overlap(fitted.y, graspHeight, monitor.y, monitor.height) >= graspHeight;
     });
-    if (!reachable) {
-        fitted.x = std::clamp(fitted.x, best->x, std::max(best->x, best->x + best->width - fitted.width));
-        fitted.y = std::clamp(fitted.y, best->y, std::max(best->y, best->y + best->height - fitted.height));
-    }
-    return fitted;
+    return reachable ? fitted : fitted.inside(*best);
+}
+
+WindowFrame WindowFrame::inside(const WindowFrame& area) const {
+    WindowFrame moved = *this;
+    moved.x = std::clamp(x, area.x, std::max(area.x, area.x + area.width - width));
+    moved.y = std::clamp(y, area.y, std::max(area.y, area.y + area.height - height));
+    return moved;
 }
 
 std::optional<WindowFrame> newWindowFrame(const Preferences& preferences) {

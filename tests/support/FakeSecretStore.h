@@ -50,6 +50,12 @@ public:
         if (status != SecretStatus::success) co_return status;
         co_return secrets.erase(nameOf(item)) > 0 ? SecretStatus::success : SecretStatus::notFound;
     }
+    Task<SecretStatus> unlock(SecretItem item) override {
+        const auto status = beginCall("unlock", item);
+        auto gate = passGate();
+        co_await gate;
+        co_return status;
+    }
 
     static std::string nameOf(const SecretItem& item) {
         return item.service + " " + item.account + (item.group ? " " + *item.group : "");

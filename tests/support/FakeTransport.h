@@ -16,9 +16,17 @@ namespace parvela::test {
 using TransportResult = Result<HttpResponse, TransportError>;
 
 /// A network with scripted answers, which writes down every request. Routes are "METHOD /path", with or without the
-/// query.
+/// query. At its end it cancels the requests that still wait.
 class FakeTransport {
 public:
+    FakeTransport() = default;
+    FakeTransport(const FakeTransport&) = delete;
+    FakeTransport& operator=(const FakeTransport&) = delete;
+    ~FakeTransport() {
+        state_->closed = true;
+        for (const auto& answer : std::exchange(state_->handed, {})) answer.resolve(Failure(TransportError::cancelled));
+    }
+
     Transport transport() const {
         return [state = state_](HttpRequest request, std::stop_token stop) {
             return perform(state, std::move(request), std::move(stop));
@@ -50,6 +58,8 @@ private:
     struct State {
         std::map<std::string, std::deque<Deferred<TransportResult>>> answers;
         std::vector<HttpRequest> requests;
+        std::vector<Deferred<TransportResult>> handed;  ///< the answers that requests got or wait for
+        bool closed = false;
     };
 
     static std::string routeOf(const HttpRequest& request) {
@@ -59,6 +69,7 @@ private:
     void deliver(const std::string& route, TransportResult result) { hold(route).resolve(std::move(result)); }
 
     static Task<TransportResult> perform(std::shared_ptr<State> state, HttpRequest request, std::stop_token stop) {
+        if (state->closed) co_return Failure(TransportError::cancelled);
         state->requests.push_back(request);
         auto* answers = &state->answers[routeOf(request)];
         if (answers->empty()) answers = &state->answers[request.method + " " + request.url.path()];
@@ -68,6 +79,7 @@ private:
         }
         const auto answer = answers->front();
         answers->pop_front();
+        state->handed.push_back(answer);
         const std::stop_callback cancel(stop, [answer] { answer.resolve(Failure(TransportError::cancelled)); });
         auto result = co_await answer;
         co_return result;

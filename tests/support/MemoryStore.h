@@ -22,6 +22,13 @@ public:
         if (const auto found = values.find(key); found != values.end()) values.erase(found);
         ++writes;
     }
+    std::vector<std::string> keys(std::string_view prefix) const override {
+        std::vector<std::string> found;
+        for (auto entry = values.lower_bound(prefix); entry != values.end() && entry->first.starts_with(prefix);
+             ++entry)
+            found.push_back(entry->first);
+        return found;
+    }
 
     std::map<std::string, StoredValue, std::less<>> values;
     int writes = 0;

@@ -14,6 +14,10 @@ struct BuildInfo {
     static std::optional<std::string> keychainGroup();
     /// The name of the settings shared with companion programs; none when the build names none.
     static std::optional<std::string> appGroup();
+    /// Address of the update feed and the key that signs it, as the build settings spell them; empty when this build
+    /// does not look for new versions.
+    static std::string_view updateFeedURL();
+    static std::string_view updatePublicKey();
 
     /// A group name as a build setting spells it: trimmed, and none when empty or when a build variable ("$(") was left
     /// unexpanded.

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace parvela {
 
@@ -25,6 +26,8 @@ public:
     virtual std::optional<StoredValue> get(std::string_view key) const = 0;
     virtual void set(std::string_view key, StoredValue value) = 0;
     virtual void remove(std::string_view key) = 0;
+    /// The keys that begin with `prefix`, in ascending order.
+    virtual std::vector<std::string> keys(std::string_view prefix) const = 0;
 };
 
 }  // namespace parvela

@@ -6,14 +6,18 @@
 
 #include <memory>
 #include <optional>
+#include <set>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace parvela {
 
 /// Where a URL that a page wants to go to ends up. Pages of the web app stay in its windows, everything else leaves
 /// them.
 ///
-/// One policy for each web view. Without a user's gesture a page makes other programs start at most once a second.
+/// One policy for each web view. Without a user's gesture a page makes other programs start, or tabs open, at most once
+/// a second; with one it gets at most five tabs.
 class NavigationPolicy {
 public:
     enum class Frame {
@@ -51,6 +55,15 @@ public:
     Decision navigation(std::string_view url, Frame frame, Gesture gesture, Purpose purpose,
                         const ServerConfig& server);
 
+    // The engine announces the redirects of all frames alike, and names only where a load began when the filter stops
+    // it. So the redirects are kept while the main frame loads.
+    void mainLoadStarted();
+    void redirected(std::string_view url);
+    void mainLoadEnded();
+    /// The filter has stopped the main frame's load that began at `url`: where it goes instead. When it may have been
+    /// redirected to several places, that is where it began: a browser follows the right redirect by itself.
+    Decision blocked(std::string_view url, const ServerConfig& server);
+
     /// A page asks for a new window that shows `url`. No window opens unless the action is openTab.
     Decision newWindow(std::string_view url, Gesture gesture, const ServerConfig& server);
 
@@ -59,10 +72,14 @@ public:
     static Action response(Display display, std::optional<std::string_view> contentDisposition);
 
 private:
+    bool mayOpenTab(Gesture gesture);
     Decision outside(Action action, Url url, Gesture gesture);
 
     std::shared_ptr<const Clock> clock_;
     std::optional<Instant> lastOutside_;
+    std::vector<Instant> tabsOpened_;
+    bool mainFrameLoads_ = false;
+    std::set<std::string> redirects_;
 };
 
 }  // namespace parvela

@@ -10,6 +10,7 @@
 #include <ParvelaKit/Url.h>
 
 #include <array>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -46,6 +47,13 @@ struct AddTaskIntent {
     std::optional<CivilDate> dueDate;
     std::optional<TaskPriorityOption> priority;
 };
+/// The same as a script says it: words that are yet to be understood.
+struct AddTaskWords {
+    std::string line;
+    std::optional<std::string> board;  ///< id, or name without regard to case
+    std::optional<std::string> due;    ///< "YYYY-MM-DD", or date words of quick add
+    std::optional<std::string> priority;
+};
 struct ShowTasksDueTodayIntent {};
 struct OpenTaskIntent {
     std::string key;
@@ -80,8 +88,26 @@ struct IntentDescription {
 
 /// Why an action did not do what it was asked to.
 struct IntentError {
-    std::string message;
-    std::optional<APIError> apiError = std::nullopt;  ///< when a call failed
+    enum class Case {
+        call,  ///< the service was asked and failed; `apiError` says how
+        noBoard,
+        noTitle,
+        noKey,
+        unknownBoard,
+        ambiguousBoard,
+        badDate,
+        badPriority,
+        tooLong,
+    };
+
+    Case kind = Case::call;
+    std::string message;  ///< user-facing; empty when the call was cancelled
+    std::optional<APIError> apiError = std::nullopt;
+
+    /// One word for programs, such as "NotFound" or "NoBoard". Fixed: scripts compare it.
+    std::string_view name() const;
+    /// What was asked for makes no sense, whatever the service says.
+    bool isMisuse() const;
 
     bool operator==(const IntentError&) const = default;
 };
@@ -90,6 +116,7 @@ struct IntentError {
 struct IntentResult {
     std::string dialog;
     std::vector<TaskSummary> tasks = {};
+    std::optional<std::string> note = std::nullopt;  ///< to show beside the dialog
 
     bool operator==(const IntentResult&) const = default;
 };
@@ -100,12 +127,19 @@ class ParvelaIntents {
 public:
     using Outcome = Task<Result<IntentResult, IntentError>>;
 
+    /// Longer lines, names and keys are refused.
+    static constexpr std::size_t longestText = std::size_t{64} * 1024;
+
     /// `openURL` shows a page of the web app. The queue must outlive the running actions.
     ParvelaIntents(ParvelaSession session, OfflineQueue& queue, std::function<void(Url)> openURL)
         : session_(std::move(session)), queue_(&queue), openURL_(std::move(openURL)) {}
 
     /// Add, show, open, complete, in this order.
     static std::span<const IntentDescription> descriptions();
+
+    /// Finds out what the words mean. The service is asked for its boards only when one is named that is not the
+    /// default board; nothing is created.
+    Task<Result<AddTaskIntent, IntentError>> understand(AddTaskWords words) const;
 
     Outcome perform(AddTaskIntent intent) const;
     Outcome perform(ShowTasksDueTodayIntent intent) const;

@@ -46,6 +46,13 @@ private:
 using PastedTokenError = std::variant<APIError, LinkError>;
 std::string message(const PastedTokenError& error);
 
+/// What became of the token of a link that was given up.
+enum class Unlinked {
+    revoked,     ///< it is worth nothing any more
+    notRevoked,  ///< it is forgotten here, but the service could not be told
+    stillKept,   ///< the keyring did not let go of it, or another one was stored meanwhile
+};
+
 /// The link between this device and the web app in force: its token, its record, and the API client made from both.
 ///
 /// Copies share everything. Operations use the configuration that is in force when they are called; what changes while
@@ -69,8 +76,8 @@ public:
     /// Stores a personal access token for the API site in force.
     Task<Result<void, PastedTokenError>> savePastedToken(std::string text) const;
     /// Takes back the push registration and the token at the service, then forgets token and link here. Failures at the
-    /// service are ignored. A link or token stored while the service was being asked stays.
-    Task<void> unlink() const;
+    /// service do not keep the link. A link or token stored while the service was being asked stays.
+    Task<Unlinked> unlink() const;
 
     std::optional<LinkInfo> linkInfo() const;
     /// A client for the API site in force; none without a stored token.
@@ -80,7 +87,7 @@ private:
     static Task<Result<void, LinkError>> adopt(ParvelaSession session, BridgeMessage::Link link,
                                                std::optional<Url> sender);
     static Task<Result<void, PastedTokenError>> savePasted(ParvelaSession session, std::string text);
-    static Task<void> unlinkNow(ParvelaSession session);
+    static Task<Unlinked> unlinkNow(ParvelaSession session);
     static Task<std::optional<ParvelaAPI>> makeClient(ParvelaSession session);
 
     Preferences prefs_;

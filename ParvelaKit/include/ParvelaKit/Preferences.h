@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ParvelaKit/Clock.h>
 #include <ParvelaKit/KeyValueStore.h>
 #include <ParvelaKit/LinkInfo.h>
 #include <ParvelaKit/ServerConfig.h>
@@ -68,6 +69,10 @@ public:
     /// "dailySummaryLastSent": the day on which the summary was last sent.
     OptionalText dailySummaryLastSent() const;
     void setDailySummaryLastSent(OptionalText day) const;
+    /// "dailySummaryDaysSent": that day and those before it, parted by blanks. A clock that is set back and forth does
+    /// not make them due again.
+    OptionalText dailySummaryDaysSent() const;
+    void setDailySummaryDaysSent(OptionalText days) const;
 
     /// "notificationsEnabled"; true.
     bool notificationsEnabled() const;
@@ -90,6 +95,23 @@ public:
     /// "pageZoom" of new windows, 0.5 to 3; 1.
     double pageZoom() const;
     void setPageZoom(double zoom) const;
+
+    /// "spellCheckingEnabled"; true.
+    bool spellCheckingEnabled() const;
+    void setSpellCheckingEnabled(bool enabled) const;
+    /// "spellCheckingLanguages": tags such as "en_US", separated by blanks; none for the languages of the session.
+    OptionalText spellCheckingLanguages() const;
+    void setSpellCheckingLanguages(OptionalText languages) const;
+    /// "startsHidden": whether the start at login shows no window; true.
+    bool startsHidden() const;
+    void setStartsHidden(bool hidden) const;
+
+    /// "lastUpdateCheck": when the update feed last answered, in milliseconds since 1970.
+    std::optional<Instant> lastUpdateCheck() const;
+    void setLastUpdateCheck(Instant time) const;
+    /// "skippedUpdate": the version that the user does not want to hear of again.
+    OptionalText skippedUpdate() const;
+    void setSkippedUpdate(OptionalText version) const;
 
     /// "AppleActionOnDoubleClick": "Maximize", "Fill", "Minimize" or "None", for a double click on a title bar.
     OptionalText titlebarDoubleClickAction() const;

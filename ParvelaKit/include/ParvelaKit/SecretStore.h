@@ -40,6 +40,9 @@ public:
     /// Makes a new item. `label` is what keyring managers show.
     virtual Task<SecretStatus> add(SecretItem item, std::string secret, std::string label) = 0;
     virtual Task<SecretStatus> remove(SecretItem item) = 0;
+    /// Lets the keyring ask for its password where that is in the way of reading the item. Success when nothing is
+    /// locked any more, whether or not there is such an item.
+    virtual Task<SecretStatus> unlock(SecretItem item) = 0;
 };
 
 }  // namespace parvela

@@ -35,6 +35,8 @@ struct WindowFrame {
     /// This frame where the user can reach it: not smaller than a window may be, not larger than its monitor, and moved
     /// onto the nearest one when hardly any of its top edge is on any. `monitors` are the areas that windows may cover.
     WindowFrame onMonitors(std::span<const WindowFrame> monitors) const;
+    /// Moved so that it lies within `area`, or from its corner on when it is larger.
+    WindowFrame inside(const WindowFrame& area) const;
 };
 
 /// The frame of a new window: where the last one was closed, or where earlier versions had it; none for the default

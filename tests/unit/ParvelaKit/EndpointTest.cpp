@@ -46,12 +46,5 @@ TEST(Endpoint, describesEveryCall) {
     for (const auto& [endpoint, expected] : cases) EXPECT_EQ(described(endpoint), expected);
 }
 
-TEST(Endpoint, comparesByFieldsAndSharesTheArgumentFreeCalls) {
-    EXPECT_EQ(Endpoint::me(), (Endpoint{"GET", {"me"}, {}, std::nullopt}));
-    EXPECT_EQ(&Endpoint::me(), &Endpoint::me());
-    EXPECT_NE(Endpoint::task("a"), Endpoint::task("b"));
-    EXPECT_NE(Endpoint::revokeToken(), (Endpoint{"POST", {"token", "revoke"}, {}, ""}));
-}
-
 }  // namespace
 }  // namespace parvela

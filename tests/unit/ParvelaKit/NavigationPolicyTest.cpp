@@ -125,6 +125,55 @@ TEST_F(NavigationPolicyTest, withoutAGestureOtherProgramsStartAtMostOnceASecond)
     EXPECT_EQ(script("https://example.com/6"), Action::openInBrowser);
 }
 
+TEST_F(NavigationPolicyTest, tabsOpenOneASecondOrAFewForAGesture) {
+    using namespace std::chrono_literals;
+    const auto opened = [this](Gesture gesture, int wishes) {
+        int tabs = 0;
+        for (int i = 0; i < wishes; ++i) {
+            if (policy.newWindow("http://localhost:3100/", gesture, server).action == Action::openTab) ++tabs;
+        }
+        return tabs;
+    };
+    EXPECT_EQ(opened(Gesture::none, 100), 1);
+    EXPECT_EQ(opened(Gesture::user, 100), 4);
+    clock->advance(1s);
+    EXPECT_EQ(opened(Gesture::user, 100), 5);
+    EXPECT_EQ(opened(Gesture::none, 100), 0);
+    clock->advance(-1h);
+    EXPECT_EQ(opened(Gesture::none, 100), 1);
+}
+
+TEST_F(NavigationPolicyTest, aStoppedLoadGoesWhereItsOwnRedirectLed) {
+    const std::string began = "http://localhost:3100/go";
+    const auto signIn = [](const std::string& host) { return "https://" + host + "/api/auth/signin/g"; };
+    const struct {
+        std::vector<std::string> before;  ///< redirects while no main frame loads: of other frames
+        std::vector<std::string> during;
+        std::string target;
+    } cases[] = {
+        {{}, {"https://out.test/a"}, "browser https://out.test/a"},
+        {{}, {"http://localhost:3100/on", "https://out.test/a"}, "browser https://out.test/a"},
+        {{"https://ad.test/"}, {"https://out.test/a"}, "browser https://out.test/a"},
+        {{}, {signIn("out.test")}, "handOff"},
+        {{}, {"mailto:a@b.test"}, "handler mailto:a@b.test"},
+        {{}, {"https://out.test/a", "https://out.test/a"}, "browser https://out.test/a"},
+        {{}, {"https://ad.test/", "https://out.test/a"}, "browser " + began},
+        {{"https://ad.test/"}, {}, "cancel"},
+        {{}, {"http://localhost:3100/on"}, "cancel"},
+    };
+    for (const auto& [before, during, target] : cases) {
+        policy.mainLoadEnded();
+        for (const std::string& one : before) policy.redirected(one);
+        policy.mainLoadStarted();
+        for (const std::string& one : during) policy.redirected(one);
+        EXPECT_THAT(described(policy.blocked(began, server)), testing::StartsWith(target));
+        clock->advance(std::chrono::seconds{1});
+        EXPECT_EQ(described(policy.blocked(began, server)), "cancel") << "a redirect counts for one load";
+    }
+    EXPECT_EQ(described(policy.blocked("https://out.test/b", server)), "browser https://out.test/b");
+    EXPECT_EQ(described(policy.blocked("", server)), "cancel");
+}
+
 struct CompiledRule {
     std::regex url;
     bool blocks;

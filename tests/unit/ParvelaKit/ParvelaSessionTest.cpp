@@ -119,7 +119,7 @@ TEST_F(UnlinkTest, takesBackThePushRegistrationAndThenTheToken) {
     EXPECT_EQ(network.requests().size(), 1U);
     EXPECT_EQ(network.requests()[0].headers[0], (HttpHeader{"Authorization", "Bearer tk_device"}));
     unregistering.resolve(test::FakeTransport::ok(R"({"ok":true})"));
-    ASSERT_TRUE(unlinking.done());
+    EXPECT_EQ(std::move(unlinking).result(), Unlinked::revoked);
     EXPECT_EQ(network.routes().back(), "POST /api/v1/token/revoke");
     expectForgotten();
 }
@@ -127,9 +127,21 @@ TEST_F(UnlinkTest, takesBackThePushRegistrationAndThenTheToken) {
 TEST_F(UnlinkTest, failuresAtTheServiceDoNotKeepTheLink) {
     session.prefs().setPushToken("abcd");
     network.fail("POST /api/v1/devices/push/remove", TransportError::unreachable);
-    network.answer("POST /api/v1/token/revoke", 401);
-    ASSERT_TRUE(session.unlink().done());
+    network.fail("POST /api/v1/token/revoke", TransportError::unreachable);
+    EXPECT_EQ(session.unlink().result(), Unlinked::notRevoked);
     expectForgotten();
+}
+
+TEST_F(UnlinkTest, aTokenThatTheServiceNoLongerKnowsIsRevoked) {
+    network.answer("POST /api/v1/token/revoke", 401);
+    EXPECT_EQ(session.unlink().result(), Unlinked::revoked);
+    expectForgotten();
+}
+
+TEST_F(UnlinkTest, tellsWhenTheKeyringDoesNotLetGo) {
+    network.answer("POST /api/v1/token/revoke", 200, R"({"ok":true})");
+    secrets->fail("remove", SecretStatus::locked);
+    EXPECT_EQ(session.unlink().result(), Unlinked::stillKept);
 }
 
 TEST_F(UnlinkTest, withoutATokenTheServiceIsNotAsked) {

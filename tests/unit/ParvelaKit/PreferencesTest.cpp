@@ -66,6 +66,7 @@ TEST_F(PreferencesTest, textsAreKeptUnderTheirKeys) {
         {"defaultBoardID", &Preferences::defaultBoardID, &Preferences::setDefaultBoardID},
         {"defaultBoardName", &Preferences::defaultBoardName, &Preferences::setDefaultBoardName},
         {"dailySummaryLastSent", &Preferences::dailySummaryLastSent, &Preferences::setDailySummaryLastSent},
+        {"dailySummaryDaysSent", &Preferences::dailySummaryDaysSent, &Preferences::setDailySummaryDaysSent},
         {"pushToken", &Preferences::pushToken, &Preferences::setPushToken},
         {"lastURL", &Preferences::lastURL, &Preferences::setLastURL},
         {"macLastWindowFrame", &Preferences::lastWindowFrame, &Preferences::setLastWindowFrame},
