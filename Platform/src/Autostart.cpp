@@ -41,8 +41,9 @@ bool isPlain(const std::string& argument) {
 
 }  // namespace
 
-Autostart::Autostart(fs::path folder, std::string desktopEntry, std::string name, std::vector<std::string> command)
-    : file_(std::move(folder) / (desktopEntry + ".desktop")),
+Autostart::Autostart(const fs::path& folder, std::string desktopEntry, std::string name,
+                     std::vector<std::string> command)
+    : file_(folder / (desktopEntry + ".desktop")),
       desktopEntry_(std::move(desktopEntry)),
       name_(std::move(name)),
       command_(std::move(command)) {

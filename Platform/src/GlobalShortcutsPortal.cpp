@@ -77,6 +77,7 @@ public:
         ++generation_;
         activated_ = {};
         closed_ = {};
+        desktop_ = {};
         if (session_.empty()) return;
         dbus::call(bus_, {portalName, std::exchange(session_, {}), "org.freedesktop.portal.Session"}, "Close", nullptr,
                    dbus::Start::never)
@@ -179,11 +180,20 @@ private:
         });
         const dbus::Address session{portalName, session_, "org.freedesktop.portal.Session"};
         closed_ = dbus::SignalSubscription(bus_, session, "Closed", [weak](GVariant*) {
-            const auto self = weak.lock();
-            if (!self) return;
-            self->session_.clear();
-            if (self->owner_ && self->owner_->onRevoked) self->owner_->onRevoked();
+            if (const auto self = weak.lock()) self->revoked();
         });
+        // A portal that ends says nothing, and the next one knows nothing of the session.
+        desktop_ = dbus::NameWatch(bus_, portalName, [weak, known = std::string()](const std::string& owner) mutable {
+            const auto self = weak.lock();
+            if (self && !known.empty() && owner != known) self->revoked();
+            known = owner;
+        });
+    }
+
+    void revoked() {
+        // Tells once: the session may be closed by a portal that then ends.
+        if (std::exchange(session_, {}).empty()) return;
+        if (owner_ && owner_->onRevoked) owner_->onRevoked();
     }
 
     void activated(GVariant* values) {
@@ -203,6 +213,7 @@ private:
     /// Tells an answer to an earlier wish from one to the latest.
     int generation_ = 0;
     dbus::SignalSubscription activated_, closed_;
+    dbus::NameWatch desktop_;
 };
 
 GlobalShortcutsPortal::GlobalShortcutsPortal() : impl_(std::make_shared<Impl>(*this)) {
@@ -215,6 +226,16 @@ GlobalShortcutsPortal::~GlobalShortcutsPortal() {
 Task<Result<std::string, GlobalShortcutsPortal::Problem>> GlobalShortcutsPortal::bind(HotKey key,
                                                                                       std::string description) {
     return Impl::bind(impl_, key, std::move(description));
+}
+
+Task<bool> GlobalShortcutsPortal::isOffered() {
+    auto connecting = dbus::connect(G_BUS_TYPE_SESSION);
+    const auto bus = co_await connecting;
+    if (!bus) co_return false;
+    const dbus::Address properties{shortcuts.name, shortcuts.path, "org.freedesktop.DBus.Properties"};
+    auto asking = dbus::call(bus, properties, "Get", g_variant_new("(ss)", shortcuts.interface.c_str(), "version"));
+    const VariantPtr version = co_await asking;
+    co_return static_cast<bool>(version);
 }
 
 void GlobalShortcutsPortal::unbind() {

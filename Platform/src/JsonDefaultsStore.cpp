@@ -6,6 +6,7 @@
 #include <Platform/XdgPaths.h>
 
 #include <map>
+#include <set>
 #include <utility>
 
 #include <fmt/format.h>
@@ -38,7 +39,7 @@ fs::path besides(const fs::path& file, std::string_view ending) {
 
 class JsonDefaultsStore::Impl {
 public:
-    Impl(fs::path file, FailureHandler onWriteFailure)
+    Impl(const fs::path& file, FailureHandler onWriteFailure)
         : file_(linkTarget(file)), onWriteFailure_(std::move(onWriteFailure)) {
         load();
     }
@@ -50,6 +51,23 @@ public:
         reloadIfReplaced();
         const auto entry = values_.find(key);
         return entry == values_.end() ? std::nullopt : storedValue(*entry);
+    }
+
+    std::vector<std::string> keys(const std::string& prefix) {
+        reloadIfReplaced();
+        std::set<std::string> found;
+        for (const auto& [key, value] : values_.items()) {
+            if (key.starts_with(prefix)) found.insert(key);
+        }
+        for (const auto& [key, value] : pending_) {
+            if (!key.starts_with(prefix)) continue;
+            if (value) {
+                found.insert(key);
+            } else {
+                found.erase(key);
+            }
+        }
+        return {found.begin(), found.end()};
     }
 
     void change(std::string key, std::optional<json> value) {
@@ -158,8 +176,8 @@ private:
     std::map<std::string, std::optional<json>> pending_;
 };
 
-JsonDefaultsStore::JsonDefaultsStore(fs::path file, FailureHandler onWriteFailure)
-    : impl_(std::make_unique<Impl>(std::move(file), std::move(onWriteFailure))) {
+JsonDefaultsStore::JsonDefaultsStore(const fs::path& file, FailureHandler onWriteFailure)
+    : impl_(std::make_unique<Impl>(file, std::move(onWriteFailure))) {
 }
 
 JsonDefaultsStore::~JsonDefaultsStore() {
@@ -189,6 +207,10 @@ void JsonDefaultsStore::set(std::string_view key, StoredValue value) {
 
 void JsonDefaultsStore::remove(std::string_view key) {
     impl_->change(jsonKey(key), std::nullopt);
+}
+
+std::vector<std::string> JsonDefaultsStore::keys(std::string_view prefix) const {
+    return impl_->keys(jsonKey(prefix));
 }
 
 const std::optional<std::string>& JsonDefaultsStore::warning() const {

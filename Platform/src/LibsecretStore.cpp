@@ -295,6 +295,15 @@ Task<SecretStatus> removeItem(SecretItem item, AttemptPtr attempt) {
     co_return SecretStatus::success;
 }
 
+Task<SecretStatus> unlockItem(SecretItem item, AttemptPtr attempt) {
+    auto opening = openService();
+    const auto service = co_await opening;
+    if (!service) co_return service.error();
+    auto finding = findUnlocked(*service, std::move(item), attempt);
+    const auto found = co_await finding;
+    co_return found || found.error() == SecretStatus::notFound ? SecretStatus::success : found.error();
+}
+
 SecretStatus statusOf(SecretStatus status) {
     return status;
 }
@@ -368,7 +377,9 @@ Task<T> within(LibsecretStore::Patience patience, Task<T> work, AttemptPtr attem
 template <class T>
 Task<T> perform(LibsecretStore::Patience patience, std::function<Task<T>(AttemptPtr)> operation) {
     const auto attempt = std::make_shared<Attempt>();
-    return within(patience, withLiveSession<T>([operation, attempt] { return operation(attempt); }), attempt);
+    return within(patience,
+                  withLiveSession<T>([operation = std::move(operation), attempt] { return operation(attempt); }),
+                  attempt);
 }
 
 }  // namespace
@@ -391,6 +402,11 @@ Task<SecretStatus> LibsecretStore::add(SecretItem item, std::string secret, std:
 Task<SecretStatus> LibsecretStore::remove(SecretItem item) {
     return perform<SecretStatus>(patience_,
                                  [item](AttemptPtr attempt) { return removeItem(item, std::move(attempt)); });
+}
+
+Task<SecretStatus> LibsecretStore::unlock(SecretItem item) {
+    return perform<SecretStatus>(patience_,
+                                 [item](AttemptPtr attempt) { return unlockItem(item, std::move(attempt)); });
 }
 
 }  // namespace parvela

@@ -1,14 +1,13 @@
+#include <ParvelaKit/Text.h>
 #include <Platform/DBus.h>
 #include <Platform/TrayItem.h>
 
+#include <algorithm>
 #include <string_view>
 #include <unistd.h>
 #include <utility>
 
 #include <fmt/format.h>
-#include <libdbusmenu-glib/client.h>
-#include <libdbusmenu-glib/menuitem.h>
-#include <libdbusmenu-glib/server.h>
 
 namespace parvela {
 
@@ -62,13 +61,6 @@ GVariant* pixmaps(const std::vector<TrayIcon>& icons) {
     return g_variant_builder_end(&builder);
 }
 
-/// A "_" would become a mnemonic.
-std::string withoutMnemonics(const std::string& label) {
-    std::string result;
-    for (const char c : label) result.append(c == '_' ? 2 : 1, c);
-    return result;
-}
-
 }  // namespace
 
 class TrayItem::Impl : public std::enable_shared_from_this<Impl> {
@@ -93,9 +85,14 @@ public:
         self->publish();
     }
 
+    void setIcons(std::vector<TrayIcon> icons) {
+        identity_.icons = std::move(icons);
+        emit("NewIcon", nullptr);
+    }
+
     void setLabel(const std::string& label) {
         if (std::exchange(label_, label) == label) return;
-        emit("XAyatanaNewLabel", g_variant_new("(ss)", label_.c_str(), label_.c_str()));
+        emit("XAyatanaNewLabel", g_variant_new("(ss)", label_.c_str(), labelGuide().c_str()));
         emit("NewTitle", nullptr);
     }
 
@@ -106,7 +103,7 @@ public:
 
     void setMenu(std::vector<TrayMenuEntry> entries) {
         menu_ = std::move(entries);
-        rebuildMenu();
+        if (exportedMenu_) exportedMenu_->set(menu_);
     }
 
     Observable<bool> isShown{false};
@@ -124,8 +121,8 @@ private:
                  },
              .get = [this](const std::string& property) { return property_(property); }});
         if (!object_) return;
-        server_ = Ref<DbusmenuServer>::adopt(dbusmenu_server_new(menuPath));
-        rebuildMenu();
+        exportedMenu_ = std::make_unique<DesktopMenu>(menuPath);
+        exportedMenu_->set(menu_);
         const std::string name = fmt::format("org.kde.StatusNotifierItem-{}-1", getpid());
         name_ = g_bus_own_name_on_connection(bus_.get(), name.c_str(), G_BUS_NAME_OWNER_FLAGS_NONE, nullptr, nullptr,
                                              nullptr, nullptr);
@@ -187,7 +184,9 @@ private:
         if (name == "Category") return g_variant_new_string("ApplicationStatus");
         if (name == "Id") return g_variant_new_string(identity_.id.c_str());
         if (name == "Title") {
-            return g_variant_new_string((label_.empty() ? identity_.title : identity_.title + " — " + label_).c_str());
+            const std::string_view label = trimmed(label_);
+            return g_variant_new_string(
+                (label.empty() ? identity_.title : fmt::format("{} — {}", identity_.title, label)).c_str());
         }
         if (name == "Status") return g_variant_new_string("Active");
         if (name == "WindowId") return g_variant_new_int32(0);
@@ -201,9 +200,17 @@ private:
         // Or a left click would open the menu.
         if (name == "ItemIsMenu") return g_variant_new_boolean(FALSE);
         if (name == "Menu") return g_variant_new_object_path(menuPath);
-        if (name == "XAyatanaLabel" || name == "XAyatanaLabelGuide") return g_variant_new_string(label_.c_str());
+        if (name == "XAyatanaLabel") return g_variant_new_string(label_.c_str());
+        if (name == "XAyatanaLabelGuide") return g_variant_new_string(labelGuide().c_str());
         if (name == "XAyatanaOrderingIndex") return g_variant_new_uint32(0);
         return g_variant_new_string("");  // the other names of icons and films
+    }
+
+    /// As wide as the label gets, so that digits that change do not make the panel jump.
+    std::string labelGuide() const {
+        std::string guide = label_;
+        std::ranges::replace_if(guide, [](char c) { return c >= '0' && c <= '9'; }, '0');
+        return guide;
     }
 
     void emit(const char* signal, GVariant* values) {
@@ -211,31 +218,6 @@ private:
         if (!object_) return;
         g_dbus_connection_emit_signal(bus_.get(), nullptr, itemPath, "org.kde.StatusNotifierItem", signal, held.get(),
                                       nullptr);
-    }
-
-    void rebuildMenu() {
-        if (!server_) return;
-        const auto root = Ref<DbusmenuMenuitem>::adopt(dbusmenu_menuitem_new());
-        clicks_.clear();
-        for (const TrayMenuEntry& entry : menu_) {
-            const auto item = Ref<DbusmenuMenuitem>::adopt(dbusmenu_menuitem_new());
-            if (entry.kind == TrayMenuEntry::Kind::separator) {
-                dbusmenu_menuitem_property_set(item.get(), DBUSMENU_MENUITEM_PROP_TYPE,
-                                               DBUSMENU_CLIENT_TYPES_SEPARATOR);
-            } else {
-                dbusmenu_menuitem_property_set(item.get(), DBUSMENU_MENUITEM_PROP_LABEL,
-                                               withoutMnemonics(entry.label).c_str());
-                // The action may change the menu, and with it this connection.
-                clicks_.push_back(
-                    connect<void(DbusmenuMenuitem*, guint)>(item.get(), DBUSMENU_MENUITEM_SIGNAL_ITEM_ACTIVATED,
-                                                            [action = entry.action](DbusmenuMenuitem*, guint) {
-                                                                const auto kept = action;
-                                                                if (kept) kept();
-                                                            }));
-            }
-            dbusmenu_menuitem_child_append(root.get(), item.get());
-        }
-        dbusmenu_server_set_root(server_.get(), root.get());
     }
 
     TrayItem* owner_;
@@ -249,8 +231,7 @@ private:
     guint name_ = 0;
     dbus::SignalSubscription hostCame_, hostWent_;
     dbus::NameWatch watch_;
-    Ref<DbusmenuServer> server_;
-    std::vector<Connection> clicks_;
+    std::unique_ptr<DesktopMenu> exportedMenu_;
 };
 
 TrayItem::TrayItem(Identity identity) : impl_(std::make_shared<Impl>(*this, std::move(identity))) {
@@ -263,6 +244,10 @@ TrayItem::~TrayItem() {
 
 const Observable<bool>& TrayItem::isShown() const {
     return impl_->isShown;
+}
+
+void TrayItem::setIcons(std::vector<TrayIcon> icons) {
+    impl_->setIcons(std::move(icons));
 }
 
 void TrayItem::setLabel(const std::string& label) {

@@ -12,7 +12,7 @@ class Autostart {
 public:
     /// `folder` is the user's autostart folder, `desktopEntry` the program's desktop file without ".desktop", `command`
     /// the program's absolute path and its arguments.
-    Autostart(std::filesystem::path folder, std::string desktopEntry, std::string name,
+    Autostart(const std::filesystem::path& folder, std::string desktopEntry, std::string name,
               std::vector<std::string> command);
 
     /// "autostart" in the user's configuration folder.

@@ -27,8 +27,11 @@ public:
 
     /// The shortcut was pressed. The token, when there is one, lets a window come to the front.
     std::function<void(const std::optional<std::string>& activationToken)> onActivated;
-    /// The desktop took the shortcut back.
+    /// The desktop took the shortcut back, or has ended and may have started anew.
     std::function<void()> onRevoked;
+
+    /// Whether this desktop has such a portal. Asks the user nothing.
+    static Task<bool> isOffered();
 
     /// Gives up an earlier shortcut and asks for this one; `description` is what the user reads. The result is the
     /// desktop's own text for the keys, which may be empty. May take as long as the user thinks.

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace parvela {
 
@@ -27,7 +28,7 @@ public:
     /// Called with one English sentence about why settings could not be written.
     using FailureHandler = std::function<void(const std::string& message)>;
 
-    explicit JsonDefaultsStore(std::filesystem::path file, FailureHandler onWriteFailure = {});
+    explicit JsonDefaultsStore(const std::filesystem::path& file, FailureHandler onWriteFailure = {});
     JsonDefaultsStore(const JsonDefaultsStore&) = delete;
     JsonDefaultsStore& operator=(const JsonDefaultsStore&) = delete;
     ~JsonDefaultsStore() override;
@@ -38,6 +39,7 @@ public:
     std::optional<StoredValue> get(std::string_view key) const override;
     void set(std::string_view key, StoredValue value) override;
     void remove(std::string_view key) override;
+    std::vector<std::string> keys(std::string_view prefix) const override;
 
     /// While a Batch lives, changes are gathered; they are written together when the last one goes.
     class [[nodiscard]] Batch {

@@ -30,6 +30,7 @@ public:
     Task<SecretStatus> update(SecretItem item, std::string secret) override;
     Task<SecretStatus> add(SecretItem item, std::string secret, std::string label) override;
     Task<SecretStatus> remove(SecretItem item) override;
+    Task<SecretStatus> unlock(SecretItem item) override;
 
 private:
     Patience patience_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ParvelaKit/Observable.h>
+#include <Platform/DesktopMenu.h>
 
 #include <cstdint>
 #include <functional>
@@ -11,14 +12,7 @@
 
 namespace parvela {
 
-/// One entry of a tray item's menu.
-struct TrayMenuEntry {
-    enum class Kind { item, separator };
-
-    Kind kind = Kind::item;
-    std::string label;  ///< as shown; no mnemonics
-    std::function<void()> action;
-};
+using TrayMenuEntry = DesktopMenuEntry;
 
 /// A square icon: ARGB, 8 bits each in this order in memory, row by row.
 struct TrayIcon {
@@ -58,7 +52,8 @@ public:
     /// A tray is there and shows the item.
     const Observable<bool>& isShown() const;
 
-    /// A short text beside the icon; empty for none.
+    void setIcons(std::vector<TrayIcon> icons);
+    /// A short text beside the icon, its distance from the icon included; empty for none.
     void setLabel(const std::string& label);
     void setToolTip(const std::string& text);
     void setMenu(std::vector<TrayMenuEntry> menu);

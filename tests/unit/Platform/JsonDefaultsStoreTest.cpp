@@ -156,6 +156,20 @@ TEST_F(JsonDefaultsStoreTest, severalWritersChangeTheirOwnKeysOnly) {
     EXPECT_EQ(app.get("serverMode"), std::nullopt);
 }
 
+TEST_F(JsonDefaultsStoreTest, keysWithTheSameBeginningAreFound) {
+    auto app = open();
+    auto command = open();
+    app.set("permission|b", true);
+    command.set("permission|a", false);
+    command.set("page", true);
+    EXPECT_THAT(app.keys("permission|"), ElementsAre("permission|a", "permission|b"));
+    const JsonDefaultsStore::Batch notWrittenYet(app);
+    app.set("permission|c", true);
+    app.remove("permission|a");
+    EXPECT_THAT(app.keys("permission|"), ElementsAre("permission|b", "permission|c"));
+    EXPECT_THAT(app.keys("none"), ElementsAre());
+}
+
 TEST_F(JsonDefaultsStoreTest, writersAtTheSameTimeLoseNothing) {
     constexpr int writers = 4;
     constexpr int keys = 25;

@@ -52,6 +52,7 @@ protected:
         return runUntilDone(store.add(item, secret, "Parvela API token"));
     }
     SecretStatus remove(const SecretItem& item) { return runUntilDone(store.remove(item)); }
+    SecretStatus unlock(const SecretItem& item) { return runUntilDone(store.unlock(item)); }
 
     static PrivateBus* bus;
     testing::Child keyring;
@@ -122,7 +123,15 @@ TEST_F(LibsecretStoreTest, aLockedKeyringAnswersAtOnceAndChangesNothing) {
     // Nobody can answer the keyring's question on this bus.
     EXPECT_EQ(update(token, "tk_2"), SecretStatus::locked);
     EXPECT_EQ(remove(token), SecretStatus::locked);
+    EXPECT_EQ(unlock(token), SecretStatus::locked);
     EXPECT_EQ(add({.service = "app.parvela.device", .account = "device-id"}, "x"), SecretStatus::locked);
+}
+
+TEST_F(LibsecretStoreTest, whatIsOpenOrNotThereNeedsNoUnlocking) {
+    startKeyring();
+    EXPECT_EQ(unlock(token), SecretStatus::success);
+    ASSERT_EQ(add(token, "tk_1"), SecretStatus::success);
+    EXPECT_EQ(unlock(token), SecretStatus::success);
 }
 
 TEST_F(LibsecretStoreTest, secretsOutliveTheKeyringProcess) {
@@ -140,6 +149,7 @@ TEST_F(LibsecretStoreTest, withoutAServiceEveryOperationSaysSo) {
     EXPECT_EQ(update(token, "x"), SecretStatus::noService);
     EXPECT_EQ(add(token, "x"), SecretStatus::noService);
     EXPECT_EQ(remove(token), SecretStatus::noService);
+    EXPECT_EQ(unlock(token), SecretStatus::noService);
 }
 
 GDBusMessage* swallowCalls(GDBusConnection*, GDBusMessage* message, gboolean incoming, gpointer) {

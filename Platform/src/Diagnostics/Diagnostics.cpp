@@ -1,0 +1,137 @@
+#include "DesktopChecks.h"
+
+#include <ParvelaKit/Records.h>
+#include <ParvelaKit/ServerConfig.h>
+#include <Platform/Diagnostics.h>
+
+#include <chrono>
+#include <iterator>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace parvela {
+
+namespace {
+
+using Verdict = Diagnostic::Verdict;
+
+constexpr std::chrono::seconds serverPatience{5};
+
+/// Any answer counts, an error status too.
+Task<bool> answers(Transport transport, Url url) {
+    HttpRequest request{.method = "GET", .url = std::move(url), .timeout = serverPatience};
+    auto asking = transport(std::move(request), {});
+    const auto answer = co_await asking;
+    co_return answer.has_value() || answer.error() == TransportError::invalidResponse;
+}
+
+Task<Diagnostic> server(ServerConfig config, Transport transport) {
+    const std::string what = "Server";
+    const std::string site = ServerConfig::origin(config.apiURL);
+    const std::string app = ServerConfig::origin(config.appURL);
+    auto askingSite = answers(transport, config.apiURL);
+    auto askingApp = answers(transport, config.appURL);
+    const bool siteAnswers = co_await askingSite;
+    const bool appAnswers = co_await askingApp;
+    const std::string remedy =
+        config.mode == ServerConfig::Mode::local
+            ? "Start the service of this machine with “parvela --local”, or choose another server in Settings."
+            : "Check your connection and the server in Settings.";
+    if (!siteAnswers) {
+        co_return Diagnostic{what, Verdict::problem, fmt::format("{} can't be reached.", site), remedy};
+    }
+    if (!appAnswers) {
+        co_return Diagnostic{what, Verdict::problem,
+                             fmt::format("{} answers, but the web app at {} can't be reached.", site, app), remedy};
+    }
+    if (!ServerConfig::allowsToken(config.apiURL)) {
+        co_return Diagnostic{what, Verdict::problem,
+                             fmt::format("{} is not encrypted, so no token is sent there.", site),
+                             "Use an https address."};
+    }
+    co_return Diagnostic{what, Verdict::good, fmt::format("{} and the web app at {} answer.", site, app), ""};
+}
+
+Task<Diagnostic> link(ParvelaSession session) {
+    const std::string what = "Link";
+    auto connecting = session.client();
+    const auto api = co_await connecting;
+    if (!api) {
+        co_return Diagnostic{what, Verdict::notice, "This device is not linked.",
+                             "Sign in in Parvela's window and allow the link, or run “parvela link-token”."};
+    }
+    auto asking = api->send<Me>(Endpoint::me());
+    const auto me = co_await asking;
+    if (me) {
+        const std::string workspace = me->workspace ? fmt::format(" to the workspace “{}”", me->workspace->name) : "";
+        co_return Diagnostic{what, Verdict::good, fmt::format("This device is linked{}.", workspace), ""};
+    }
+    const auto& error = me.error().error();
+    if (error && error->kind() == APIError::Case::unauthorized) {
+        co_return Diagnostic{what, Verdict::problem, "The stored token is no longer valid.",
+                             "Link this device again, or run “parvela link-token” with a new token."};
+    }
+    co_return Diagnostic{what, Verdict::notice, "A token is stored, but it could not be checked now.",
+                         error ? error->message() : ""};
+}
+
+Diagnostic waitingLines(const OfflineQueueStatus& queue) {
+    const std::string what = "Waiting lines";
+    if (queue.notice) {
+        return {what, Verdict::problem, *queue.notice, "Check the folder of Parvela's data and the space on the disk."};
+    }
+    if (queue.failed > 0) {
+        return {what, Verdict::notice,
+                fmt::format("{} wait to be added, {} could not be added.", queue.waiting + queue.sending, queue.failed),
+                "Open quick add to try the failed ones again or to discard them."};
+    }
+    if (queue.waiting + queue.sending > 0) {
+        return {what, Verdict::notice, fmt::format("{} wait to be added.", queue.waiting + queue.sending),
+                "Parvela adds them when it runs and the server answers."};
+    }
+    return {what, Verdict::good, "No line waits to be added.", ""};
+}
+
+}  // namespace
+
+Task<std::vector<Diagnostic>> Diagnostics::run(Subject subject) {
+    auto askingServer = server(subject.session.server(), subject.transport);
+    auto askingLink = link(subject.session);
+    auto askingBus = diagnostics::busServices(subject.applicationId);
+    std::vector<Diagnostic> rows{diagnostics::versions(), diagnostics::sessionType()};
+    auto services = co_await askingBus;
+    std::ranges::move(services, std::back_inserter(rows));
+    rows.push_back(diagnostics::renderer());
+    auto serverRow = co_await askingServer;
+    auto linkRow = co_await askingLink;
+    rows.push_back(std::move(serverRow));
+    rows.push_back(std::move(linkRow));
+    rows.push_back(waitingLines(subject.queue));
+    rows.push_back(diagnostics::links(subject.applicationId));
+    rows.push_back(diagnostics::startAtLogin(subject.applicationId));
+    co_return rows;
+}
+
+std::string_view Diagnostics::name(Verdict verdict) {
+    switch (verdict) {
+        case Verdict::good:
+            return "good";
+        case Verdict::notice:
+            return "notice";
+        case Verdict::problem:
+            break;
+    }
+    return "problem";
+}
+
+std::string Diagnostics::text(const std::vector<Diagnostic>& rows) {
+    std::string text;
+    for (const Diagnostic& row : rows) {
+        text += fmt::format("{}: {}: {}\n", row.what, name(row.verdict), row.finding);
+        if (!row.remedy.empty()) text += fmt::format("    {}\n", row.remedy);
+    }
+    return text;
+}
+
+}  // namespace parvela
