@@ -1,11 +1,18 @@
 #pragma once
 
+#include "Automation/AutomationHost.h"
+#include "HotKeys/QuickAddHotKey.h"
 #include "Menu/MainMenu.h"
 #include "Model/AppModel.h"
 #include "Model/Notifier.h"
+#include "Model/PushRegistrar.h"
+#include "Notifications/DesktopPresence.h"
+#include "Settings/SettingsView.h"
 #include "Support/DesktopServices.h"
 #include "Support/WaitingLines.h"
+#include "Tray/StatusItemController.h"
 #include "URLRouter.h"
+#include "Update/UpdateController.h"
 #include "Windows/WindowManager.h"
 
 #include <ParvelaKit/DeviceIdentity.h>
@@ -31,17 +38,14 @@ namespace parvela {
 /// One instance runs for each session; a second start hands its URLs to the first and ends.
 class AppDelegate {
 public:
-    AppDelegate();
+    /// `updates` is where new versions are announced; none: they are not looked for.
+    explicit AppDelegate(std::optional<UpdateFeed> updates);
     AppDelegate(const AppDelegate&) = delete;
     AppDelegate& operator=(const AppDelegate&) = delete;
     ~AppDelegate();
 
     /// Runs until the user quits; returns the exit status.
     int run(int argc, char** argv);
-
-    /// Whether the user can reach the program without a window, as by an icon in the panel. Not set means no: closing
-    /// the last window then ends the program, and hiding it minimises.
-    std::function<bool()> isReachableWithoutWindow;
 
     /// Shows a message to the user: on the front window, or by itself.
     void showAlert(const std::string& message, const std::string& informative);
@@ -57,14 +61,27 @@ private:
     Task<void> readSettings();
     void lastWindowClosed();
     void offerSafeRenderer();
-    bool isReachable() const { return isReachableWithoutWindow && isReachableWithoutWindow(); }
+    /// Whether the user can reach the program without a window. If not, closing the last window ends the program, and
+    /// hiding it minimises.
+    bool isReachableWithoutWindow() const { return statusItem_ && statusItem_->isInTray().get(); }
+    void startStatusItem();
+    void startHotKey();
+    void trayChanged();
+    void openAutomation();
     void addActions();
     void addAction(const char* name, std::function<void()> handler);
     void showAbout();
-    void showSettings();
+    /// `page` is none for where the window was left.
+    void showSettings(std::optional<SettingsPage> page = std::nullopt);
+    void settingsClosed();
+    SettingsEnvironment settingsEnvironment();
+    void openPath(const std::string& path);
+    void addUpdates();
     void showQuickAdd();
+    void requestLink();
     void hide();
     void newTask();
+    void quit();
     void showToast(const std::string& text);
     void notify(UserNotification notification);
 
@@ -78,16 +95,29 @@ private:
     std::shared_ptr<const Clock> clock_;
     DefaultApplications desktop_;
     std::unique_ptr<WindowManager> windows_;
-    std::unique_ptr<MainMenu> menu_;
-    std::shared_ptr<URLRouter> router_;
     std::shared_ptr<WaitingLines> waitingLines_;
+    std::unique_ptr<StatusItemController> statusItem_;
+    std::unique_ptr<MainMenu> menu_;
+    std::unique_ptr<SettingsView> settings_;
+    std::shared_ptr<URLRouter> router_;
+    std::shared_ptr<PushRegistrar> push_;
+    std::unique_ptr<DesktopPresence> presence_;
+    std::shared_ptr<QuickAddHotKey> hotKey_;
+    Subscription hotKeyShown_;
+    std::optional<UpdateFeed> updateFeed_;
+    std::shared_ptr<UpdateController> updates_;
+    std::unique_ptr<AutomationHost> automation_;
     Subscription openURL_;
     Subscription showQuickAdd_;
     Subscription linkChanged_;
+    Subscription trayChanged_;
+    MainLoopTimer trayPatience_;
     MainLoopTimer devicePatience_;
     std::vector<Connection> connections_;
     bool startsInBackground_ = false;
+    bool startsWithNewTask_ = false;
     bool startsAgain_ = false;
+    bool endsWithSettings_ = false;
 };
 
 }  // namespace parvela

@@ -1,12 +1,13 @@
 #include "URLRouter.h"
 
-#include "Support/FileBrowser.h"
 #include "Windows/MainWindow.h"
 #include "Windows/MainWindowController.h"
 #include "Windows/WindowManager.h"
 
+#include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/OAuthHandoff.h>
 #include <ParvelaKit/QuickAddService.h>
+#include <Platform/FileRevealer.h>
 
 #include <utility>
 #include <variant>
@@ -45,10 +46,13 @@ void URLRouter::open(const Url& url) {
                link->action);
 }
 
-void URLRouter::open(const DeepLinkTarget& target) {
+void URLRouter::open(const DeepLinkTarget& target, const std::optional<std::string>& activationToken) {
     std::visit(Overloaded{
                    [&](const DeepLinkTarget::Link& link) { open(link.url); },
-                   [&](const DeepLinkTarget::File& file) { revealInFileBrowser(file.url.text()); },
+                   [&](const DeepLinkTarget::File& file) {
+                       const CharPtr path(g_filename_from_uri(file.url.text().c_str(), nullptr, nullptr));
+                       if (path) revealFile(path.get(), activationToken.value_or("")).detach();
+                   },
                },
                target.target);
 }

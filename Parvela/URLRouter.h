@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace parvela {
@@ -32,7 +33,8 @@ public:
         : model_(std::move(model)), windows_(windows), surfaces_(std::move(surfaces)) {}
 
     void open(const Url& url);
-    void open(const DeepLinkTarget& target);
+    /// `activationToken` lets another program come to the front.
+    void open(const DeepLinkTarget& target, const std::optional<std::string>& activationToken = std::nullopt);
     /// Loads a page in the front window, which may be a new one.
     void loadInFront(const Url& url);
     /// The web page of a task: what the service says, or its own place in the web app.

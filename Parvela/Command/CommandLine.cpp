@@ -2,16 +2,17 @@
 
 #include "CommandSession.h"
 #include "Console.h"
+#include "DoctorCommand.h"
 #include "ExitStatus.h"
 #include "LinkCommands.h"
 #include "LocalService.h"
 #include "ParseCommand.h"
 #include "RunningProgram.h"
 #include "TaskCommands.h"
+#include "WordsCommand.h"
 
 #include <ParvelaKit/BuildInfo.h>
 #include <ParvelaKit/DeepLink.h>
-#include <ParvelaKit/Text.h>
 
 #include <algorithm>
 #include <optional>
@@ -80,10 +81,10 @@ private:
             "Example: parvela add Write brief tomorrow 9am !high --board Marketing\nWords that begin with \"-\" go "
             "behind \"--\".");
         add_->add_option("LINE", words_, "The line; several words are joined");
-        add_->add_option("--board", addOptions_.board,
+        add_->add_option("--board", addWords_.board,
                          "Board by id or name (default: the default board of the settings)");
-        add_->add_option("--due", addOptions_.due, "Due date: YYYY-MM-DD, or words such as \"next friday\"");
-        add_->add_option("--priority", addOptions_.priority, "none, low, medium, high or urgent");
+        add_->add_option("--due", addWords_.due, "Due date: YYYY-MM-DD, or words such as \"next friday\"");
+        add_->add_option("--priority", addWords_.priority, "low, medium, high or urgent");
         add_->add_flag("--json", json_, "Show the created task as JSON");
     }
 
@@ -98,16 +99,31 @@ private:
     }
 
     void defineOthers() {
+        quickAdd_ = app_.add_subcommand("quick-add", "Show the quick-add field");
+        quickAdd_->footer("For a shortcut that you bind in the desktop's own settings.");
         due_ = app_.add_subcommand("due", "Show the open tasks due today, overdue ones included");
         due_->add_flag("--json", json_, "As JSON");
         boards_ = app_.add_subcommand("boards", "Show the boards; \"*\" marks the default board");
         boards_->add_flag("--json", json_, "As JSON");
         open_ = app_.add_subcommand("open", "Open a task in the window");
         open_->add_option("KEY", key_, "Key of the task, such as TSK-42")->required();
+        open_->add_flag("--json", json_, "Show the task as JSON");
         complete_ = app_.add_subcommand("complete", "Mark a task done");
         complete_->add_option("KEY", key_, "Key of the task, such as TSK-42")->required();
+        complete_->add_flag("--json", json_, "Show the task as JSON");
         linkToken_ = app_.add_subcommand("link-token", "Save a personal access token, read from standard input");
+        linkToken_->add_flag("--json", json_, "Say which server it is for as JSON");
         unlink_ = app_.add_subcommand("unlink", "Revoke and forget the token of this device");
+        unlink_->add_flag("--json", json_, "Say whether there was one as JSON");
+        doctor_ = app_.add_subcommand("doctor", "Check what Parvela needs on this desktop");
+        doctor_->add_flag("--json", json_, "As JSON");
+        // For launchers and for the completions of shells, not for people: no group, so no place in the help.
+        act_ = app_.add_subcommand("act", "Do what an entry of a launcher is for")->group("");
+        act_->add_option("NAME", key_, "add-task, due-today, open-task or complete-task")
+            ->required()
+            ->check(CLI::IsMember({"add-task", "due-today", "open-task", "complete-task"}));
+        completion_ = app_.add_subcommand("words", "What shells complete")->group("");
+        completion_->add_option("KIND", key_, "boards or keys")->required();
     }
 
     ExitStatus perform() {
@@ -126,21 +142,28 @@ private:
             const auto status = useLocalService();
             if (status != ExitStatus::success) return status;
         }
-        if (*open_) return openTask();
+        if (*quickAdd_) return quickAdd();
         if (app_.get_subcommands().empty()) return showWindow();
+
+        if (*act_) {
+            const auto problem = RunningProgram::act(key_);
+            return problem ? console_.fail(*problem) : ExitStatus::success;
+        }
 
         const CommandSession session(console_);
         const OutputForm form = json_ ? OutputForm::json : OutputForm::text;
         if (*add_) {
-            addOptions_.line = joined(words_);
-            addOptions_.form = form;
-            return addTask(addOptions_, session, console_);
+            addWords_.line = joined(words_);
+            return addTask(addWords_, form, session, console_);
         }
         if (*due_) return showDueTasks(form, session, console_);
         if (*boards_) return showBoards(form, session, console_);
-        if (*complete_) return completeTask(key_, session, console_);
-        if (*linkToken_) return linkToken(session, console_);
-        return unlink(session, console_);
+        if (*complete_) return completeTask(key_, form, session, console_);
+        if (*open_) return openTask(key_, form, session, console_);
+        if (*doctor_) return showDiagnostics(form, session, console_);
+        if (*completion_) return showWords(key_, session, console_);
+        if (*linkToken_) return linkToken(form, session, console_);
+        return unlink(form, session, console_);
     }
 
     ExitStatus parse() {
@@ -164,15 +187,10 @@ private:
         return ExitStatus::success;
     }
 
-    ExitStatus openTask() {
-        const std::string key(trimmed(key_));
-        if (key.empty()) return console_.fail("Which task? (like TSK-42)", ExitStatus::usage);
-        const std::string url = DeepLink{DeepLink::OpenTask{key}}.url().text();
-        if (RunningProgram::open({url})) {
-            console_.line("Open " + key);
-            return ExitStatus::success;
-        }
-        return console_.fail(RunningProgram::become({url}));
+    ExitStatus quickAdd() {
+        if (RunningProgram::showQuickAdd()) return ExitStatus::success;
+        const std::string url = DeepLink{DeepLink::QuickAdd{}}.url().text();
+        return console_.fail(RunningProgram::become({"--background", url}));
     }
 
     ExitStatus showWindow() {
@@ -182,8 +200,10 @@ private:
     }
 
     CLI::App app_{"The Parvela task board: its window, and its tasks from the command line.", "parvela"};
+    CLI::App* quickAdd_ = nullptr;
     CLI::App *add_ = nullptr, *parse_ = nullptr, *due_ = nullptr, *boards_ = nullptr, *open_ = nullptr,
-             *complete_ = nullptr, *linkToken_ = nullptr, *unlink_ = nullptr;
+             *complete_ = nullptr, *linkToken_ = nullptr, *unlink_ = nullptr, *doctor_ = nullptr, *act_ = nullptr,
+             *completion_ = nullptr;
     Console console_;
 
     bool local_ = false;
@@ -192,7 +212,7 @@ private:
     bool json_ = false;
     std::vector<std::string> urls_, words_;
     std::string key_;
-    AddOptions addOptions_;
+    AddTaskWords addWords_;
     ParseOptions parseOptions_;
 };
 

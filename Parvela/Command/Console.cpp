@@ -134,6 +134,10 @@ void Console::table(const std::vector<Row>& rows) const {
     }
 }
 
+void Console::pair(std::string_view text, std::string_view meaning) const {
+    fmt::print("{}\t{}\n", presentable(text), presentable(meaning));
+}
+
 void Console::json(const nlohmann::json& value) const {
     fmt::print("{}\n", value.dump(2, ' ', true, nlohmann::json::error_handler_t::replace));
 }
@@ -156,6 +160,11 @@ ExitStatus Console::fail(const APIError& error) const {
         default:
             return fail(error.message());
     }
+}
+
+ExitStatus Console::fail(const IntentError& error) const {
+    if (error.apiError) return fail(*error.apiError);
+    return fail(error.message, error.isMisuse() ? ExitStatus::usage : ExitStatus::failure);
 }
 
 void Console::warn(std::string_view message) const {

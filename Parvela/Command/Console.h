@@ -3,6 +3,7 @@
 #include "ExitStatus.h"
 
 #include <ParvelaKit/APIError.h>
+#include <ParvelaKit/ParvelaIntents.h>
 
 #include <optional>
 #include <string>
@@ -12,6 +13,8 @@
 #include <nlohmann/json.hpp>
 
 namespace parvela {
+
+enum class OutputForm { text, json };
 
 /// What the command says: results on standard output, problems on standard error.
 ///
@@ -32,6 +35,8 @@ public:
     void line(std::string_view text) const;
     /// Columns under each other. Later rows may be shorter.
     void table(const std::vector<Row>& rows) const;
+    /// Two texts with a tab between them, for programs.
+    void pair(std::string_view text, std::string_view meaning) const;
     /// One JSON document. Other characters than ASCII are escaped.
     void json(const nlohmann::json& value) const;
 
@@ -39,6 +44,7 @@ public:
     ExitStatus fail(std::string_view message, ExitStatus status = ExitStatus::failure) const;
     /// The error's own text.
     ExitStatus fail(const APIError& error) const;
+    ExitStatus fail(const IntentError& error) const;
     void warn(std::string_view message) const;
 
     /// One line from standard input, not shown when it is typed; none when there is nothing more, or too much.

@@ -1,6 +1,7 @@
 #include "LinkCommands.h"
 
 #include "RunningProgram.h"
+#include "WordsCommand.h"
 
 #include <Platform/MainLoop.h>
 
@@ -10,7 +11,7 @@
 
 namespace parvela {
 
-ExitStatus linkToken(const CommandSession& session, const Console& console) {
+ExitStatus linkToken(OutputForm form, const CommandSession& session, const Console& console) {
     const std::string site = ServerConfig::origin(session.session.server().apiURL);
     auto text = console.readSecret(fmt::format("Token for {}: ", site));
     if (!text) return console.fail("No token was given on standard input.", ExitStatus::usage);
@@ -19,19 +20,29 @@ ExitStatus linkToken(const CommandSession& session, const Console& console) {
         const bool malformed = std::holds_alternative<APIError>(saved.error());
         return console.fail(message(saved.error()), malformed ? ExitStatus::usage : ExitStatus::failure);
     }
+    forgetWords();
     RunningProgram::tellSettingsChanged();
-    console.line(fmt::format("The token for {} is saved.", site));
+    if (form == OutputForm::json) {
+        console.json({{"server", site}, {"linked", true}});
+    } else {
+        console.line(fmt::format("The token for {} is saved.", site));
+    }
     return ExitStatus::success;
 }
 
-ExitStatus unlink(const CommandSession& session, const Console& console) {
+ExitStatus unlink(OutputForm form, const CommandSession& session, const Console& console) {
     const bool hadToken = runUntilDone(session.session.client()).has_value();
     runUntilDone(session.session.unlink());
     if (hadToken && runUntilDone(session.session.client())) {
         return console.fail("The token couldn't be removed from the Keychain.");
     }
+    forgetWords();
     RunningProgram::tellSettingsChanged();
-    console.line(hadToken ? "Unlinked." : "No token was stored.");
+    if (form == OutputForm::json) {
+        console.json({{"linked", false}, {"hadToken", hadToken}});
+    } else {
+        console.line(hadToken ? "Unlinked." : "No token was stored.");
+    }
     return ExitStatus::success;
 }
 

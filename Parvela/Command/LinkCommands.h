@@ -7,8 +7,8 @@
 namespace parvela {
 
 /// Stores a token read from standard input for the API site in use.
-ExitStatus linkToken(const CommandSession& session, const Console& console);
+ExitStatus linkToken(OutputForm form, const CommandSession& session, const Console& console);
 /// Takes the token back at the service and forgets it here.
-ExitStatus unlink(const CommandSession& session, const Console& console);
+ExitStatus unlink(OutputForm form, const CommandSession& session, const Console& console);
 
 }  // namespace parvela

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
 #include <unistd.h>
@@ -39,20 +40,19 @@ GVariant* platformData() {
     return g_variant_builder_end(&builder);
 }
 
-bool call(const char* method, GVariant* arguments) {
+bool call(const char* method, GVariant* arguments, GDBusCallFlags flags = G_DBUS_CALL_FLAGS_NO_AUTO_START) {
     const VariantPtr held(g_variant_ref_sink(arguments));
     const auto bus = Ref<GDBusConnection>::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
     if (!bus) return false;
     g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
-    const VariantPtr answer(g_dbus_connection_call_sync(
-        bus.get(), PARVELA_APP_ID, objectPath().c_str(), "org.freedesktop.Application", method, held.get(), nullptr,
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, callTimeout, nullptr, nullptr));
+    const VariantPtr answer(g_dbus_connection_call_sync(bus.get(), PARVELA_APP_ID, objectPath().c_str(),
+                                                        "org.freedesktop.Application", method, held.get(), nullptr,
+                                                        flags, callTimeout, nullptr, nullptr));
     return static_cast<bool>(answer);
 }
 
-/// Nothing happens when no program runs: what the action is for is read at its next start.
-void activate(const char* action) {
-    (void)call("ActivateAction", g_variant_new("(sav@a{sv})", action, nullptr, platformData()));
+bool activate(const char* action) {
+    return call("ActivateAction", g_variant_new("(sav@a{sv})", action, nullptr, platformData()));
 }
 
 }  // namespace
@@ -64,12 +64,24 @@ bool RunningProgram::open(const std::vector<std::string>& urls) {
     return call("Open", g_variant_new("(as@a{sv})", &list, platformData()));
 }
 
+bool RunningProgram::showQuickAdd() {
+    return activate("showQuickAdd");
+}
+
+// Nobody to hear these is no failure: what they are about is read at the next start.
+
 void RunningProgram::tellSettingsChanged() {
-    activate("reload-settings");
+    (void)activate("reload-settings");
 }
 
 void RunningProgram::tellLinesWait() {
-    activate("send-waiting-lines");
+    (void)activate("send-waiting-lines");
+}
+
+std::optional<std::string> RunningProgram::act(const std::string& action) {
+    GVariant* const arguments = g_variant_new("(sav@a{sv})", action.c_str(), nullptr, platformData());
+    if (call("ActivateAction", arguments, G_DBUS_CALL_FLAGS_NONE)) return std::nullopt;
+    return "Parvela does not run, and the session bus can't start it.";
 }
 
 std::string RunningProgram::become(const std::vector<std::string>& arguments) {
@@ -77,6 +89,7 @@ std::string RunningProgram::become(const std::vector<std::string>& arguments) {
     std::vector<char*> argv{const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
+    std::fflush(stdout);
     execv(program.c_str(), argv.data());
     return fmt::format("“{}” can't be started: {}.", program, std::generic_category().message(errno));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,10 +10,15 @@ namespace parvela {
 struct RunningProgram {
     /// Hands URLs to the program that runs. False when none runs, or it does not answer.
     static bool open(const std::vector<std::string>& urls);
+    /// Lets it show the quick-add field (its action "showQuickAdd"). False when none runs, or it does not answer.
+    static bool showQuickAdd();
     /// Asks the program that runs, if any, to read its settings and token again (its action "reload-settings").
     static void tellSettingsChanged();
     /// Tells it that a line was kept for it to send (its action "send-waiting-lines").
     static void tellLinesWait();
+    /// Activates one of the entries of launchers, in a program that the bus starts when none runs. The reason in one
+    /// sentence when that fails.
+    static std::optional<std::string> act(const std::string& action);
     /// Becomes the program. Returns only when that fails, with the reason.
     static std::string become(const std::vector<std::string>& arguments);
 };

@@ -7,11 +7,11 @@
 #include <ParvelaKit/OfflineQueue.h>
 #include <ParvelaKit/QuickAddParser.h>
 #include <ParvelaKit/Records.h>
-#include <ParvelaKit/Text.h>
 #include <Platform/MainLoop.h>
 #include <Platform/OfflineQueueEnvironment.h>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include <fmt/format.h>
@@ -20,110 +20,32 @@ namespace parvela {
 
 namespace {
 
-/// Why a command ends early: its message is already on the console.
-using Stopped = Failure<ExitStatus>;
+/// The actions that every door of automation leads to, with what they stand on.
+class Actions {
+public:
+    Actions(const CommandSession& session, const Console& console)
+        : queue_(offlineQueueEnvironment(*session.clock)),
+          intents_(session.session, queue_, [this](const Url& page) { page_ = page; }) {
+        if (const auto& notice = queue_.status().get().notice) console.warn(*notice);
+    }
 
-/// The service's answer, or the status after its error was shown.
-template <class T>
-Result<T, ExitStatus> answer(Task<Result<T, APIFailure>> call, const Console& console) {
-    auto result = runUntilDone(std::move(call));
-    if (result) return std::move(*result);
-    // Nothing here cancels a call.
-    const auto& error = result.error().error();
-    return Stopped(error ? console.fail(*error) : ExitStatus::failure);
-}
+    const ParvelaIntents* operator->() const noexcept { return &intents_; }
+    /// The page that an action wants to be shown.
+    const std::optional<Url>& page() const noexcept { return page_; }
 
-Result<ParvelaAPI, ExitStatus> client(const CommandSession& session, const Console& console) {
-    auto api = runUntilDone(session.session.client());
-    if (!api) return Stopped(console.fail(APIError::missingToken()));
-    return std::move(*api);
-}
-
-struct ChosenBoard {
-    std::string id;
-    std::string name;
+private:
+    OfflineQueue queue_;
+    std::optional<Url> page_;
+    ParvelaIntents intents_;
 };
 
-/// By id, or by name without regard to case.
-Result<ChosenBoard, ExitStatus> boardNamed(const std::string& wanted, const std::vector<Board>& boards,
-                                           const Console& console) {
-    const auto byId = std::ranges::find(boards, wanted, &Board::id);
-    if (byId != boards.end()) return ChosenBoard{byId->id, byId->name};
-    const std::string name = lowercased(trimmed(wanted));
-    std::vector<Board> matching;
-    std::ranges::copy_if(boards, std::back_inserter(matching),
-                         [&name](const Board& board) { return lowercased(trimmed(board.name)) == name; });
-    if (matching.size() == 1) return ChosenBoard{matching.front().id, matching.front().name};
-    if (matching.empty()) {
-        return Stopped(console.fail(fmt::format("There is no board “{}”. “parvela boards” lists them.", wanted),
-                                    ExitStatus::usage));
-    }
-    std::string ids;
-    for (const Board& board : matching) ids += (ids.empty() ? "" : ", ") + board.id;
-    return Stopped(console.fail(fmt::format("Several boards are called “{}”. Name one by its id: {}.", wanted, ids),
-                                ExitStatus::usage));
+void report(const IntentResult& result, const Console& console) {
+    console.line(result.dialog);
+    if (result.note) console.line(*result.note);
 }
 
-Result<ChosenBoard, ExitStatus> chooseBoard(const std::optional<std::string>& wanted, const CommandSession& session,
-                                            const ParvelaAPI& api, const Console& console) {
-    const Preferences& preferences = session.session.prefs();
-    const auto defaultId = preferences.defaultBoardID();
-    const std::string defaultName = preferences.defaultBoardName().value_or("");
-    // The default board needs no network, so a line for it can be kept while offline.
-    if (defaultId && (!wanted || *wanted == *defaultId)) return ChosenBoard{*defaultId, defaultName};
-    const auto answered = answer(api.send<BoardsResponse>(Endpoint::boards()), console);
-    if (!answered) return Stopped(answered.error());
-    if (wanted) return boardNamed(*wanted, answered->boards, console);
-    if (answered->boards.empty()) return Stopped(console.fail("Pick a default board in Settings first."));
-    return ChosenBoard{answered->boards.front().id, answered->boards.front().name};
-}
-
-/// The date that quick add would take from these words, when they are nothing but a date.
-std::optional<std::string> dateFrom(const std::string& words, CivilDate today) {
-    if (const auto date = CivilDate::parse(trimmed(words))) return date->text();
-    const std::string title = "Task";
-    const QuickAddContext context{
-        .today = today, .members = std::vector<QuickAddMember>(), .labels = std::vector<QuickAddLabel>()};
-    auto result = QuickAdd::parse(title + " " + words, context);
-    const bool onlyDate = result.title == title && !result.dueTime && !result.repeat &&
-                          result.priority == QuickAddPriority::none && result.tokens.size() == 1;
-    return onlyDate ? std::move(result.dueDate) : std::nullopt;
-}
-
-Result<QuickAddSubmission, ExitStatus> submissionFrom(const AddOptions& options, CivilDate today,
-                                                      const Console& console) {
-    QuickAddSubmission submission{.line = options.line, .today = today};
-    if (options.due) {
-        submission.dueDate = dateFrom(*options.due, today);
-        if (!submission.dueDate) {
-            return Stopped(console.fail(
-                fmt::format("“{}” is not a date. Use YYYY-MM-DD, or words such as “tomorrow” or “next friday”.",
-                            *options.due),
-                ExitStatus::usage));
-        }
-    }
-    if (options.priority) {
-        submission.priority = QuickAdd::priorityFromApiString(asciiLowercased(*options.priority));
-        if (!submission.priority) {
-            return Stopped(console.fail(
-                fmt::format("“{}” is not a priority. Use none, low, medium, high or urgent.", *options.priority),
-                ExitStatus::usage));
-        }
-    }
-    return submission;
-}
-
-ExitStatus report(const QuickAddReceipt& receipt, OutputForm form, const Console& console) {
-    if (form == OutputForm::json) {
-        auto json = nlohmann::json::object();
-        json["task"] = receipt.task ? json::toJson(*receipt.task) : nlohmann::json();
-        json["note"] = receipt.note ? nlohmann::json(*receipt.note) : nlohmann::json();
-        console.json(json);
-        return ExitStatus::success;
-    }
-    if (receipt.task) console.line(fmt::format("Added {}: {}", receipt.task->key, receipt.task->title));
-    if (receipt.note) console.line(*receipt.note);
-    return ExitStatus::success;
+nlohmann::json taskJson(const IntentResult& result) {
+    return result.tasks.empty() ? nlohmann::json() : json::toJson(result.tasks.front());
 }
 
 std::string dueText(const TaskSummary& task, CivilDate today) {
@@ -136,47 +58,44 @@ std::string dueText(const TaskSummary& task, CivilDate today) {
 
 }  // namespace
 
-ExitStatus addTask(const AddOptions& options, const CommandSession& session, const Console& console) {
-    auto submission = submissionFrom(options, session.clock->today(), console);
-    if (!submission) return submission.error();
-    if (const auto draft = QuickAddService::parse(*submission); !draft) {
-        return console.fail(draft.error().message(), ExitStatus::usage);
+ExitStatus addTask(AddTaskWords words, OutputForm form, const CommandSession& session, const Console& console) {
+    const Actions actions(session, console);
+    const bool namesBoard = words.board.has_value();
+    auto intent = runUntilDone(actions->understand(std::move(words)));
+    if (!intent) return console.fail(intent.error());
+    if (!namesBoard && !session.session.prefs().defaultBoardID()) {
+        // What the application makes the default board as soon as it knows the boards.
+        auto boards = runUntilDone(actions->suggestedBoards());
+        if (!boards) return console.fail(boards.error());
+        if (!boards->empty()) intent->board = std::move(boards->front());
     }
-    const auto api = client(session, console);
-    if (!api) return api.error();
-    const auto board = chooseBoard(options.board, session, *api, console);
-    if (!board) return board.error();
-    submission->board = board->id;
-
-    OfflineQueue queue(offlineQueueEnvironment(*session.clock));
-    if (const auto& notice = queue.status().get().notice) console.warn(*notice);
-    const auto receipt = runUntilDone(queue.submit(std::move(*submission), board->name, *api));
-    if (receipt) {
-        if (!receipt->task) RunningProgram::tellLinesWait();
-        return report(*receipt, options.form, console);
+    const auto result = runUntilDone(actions->perform(std::move(*intent)));
+    if (!result) return console.fail(result.error());
+    if (result->tasks.empty()) RunningProgram::tellLinesWait();
+    if (form == OutputForm::text) {
+        report(*result, console);
+        return ExitStatus::success;
     }
-    const auto& failure = receipt.error().apiFailure();
-    return failure && failure->error() ? console.fail(*failure->error()) : console.fail(receipt.error().message());
+    const auto& note = result->tasks.empty() ? std::optional(result->dialog) : result->note;
+    console.json({{"task", taskJson(*result)}, {"note", note ? nlohmann::json(*note) : nlohmann::json()}});
+    return ExitStatus::success;
 }
 
 ExitStatus showDueTasks(OutputForm form, const CommandSession& session, const Console& console) {
-    const auto api = client(session, console);
-    if (!api) return api.error();
-    auto answered = answer(api->send<TasksResponse>(Endpoint::tasks({.due = DueFilter::today})), console);
-    if (!answered) return answered.error();
-    auto& tasks = answered->tasks;
-    std::erase_if(tasks, &TaskSummary::done);
+    const Actions actions(session, console);
+    const auto result = runUntilDone(actions->perform(ShowTasksDueTodayIntent{}));
+    if (!result) return console.fail(result.error());
     if (form == OutputForm::json) {
-        console.json(json::toJson(tasks));
+        console.json(json::toJson(result->tasks));
         return ExitStatus::success;
     }
-    if (tasks.empty()) {
-        console.line("Nothing due today.");
+    if (result->tasks.empty()) {
+        console.line(result->dialog);
         return ExitStatus::success;
     }
     const CivilDate today = session.clock->today();
     std::vector<Console::Row> rows;
-    for (const TaskSummary& task : tasks) {
+    for (const TaskSummary& task : result->tasks) {
         const bool overdue = task.dueDate && *task.dueDate < today.text();
         rows.push_back({{task.key},
                         {task.title},
@@ -188,10 +107,11 @@ ExitStatus showDueTasks(OutputForm form, const CommandSession& session, const Co
 }
 
 ExitStatus showBoards(OutputForm form, const CommandSession& session, const Console& console) {
-    const auto api = client(session, console);
-    if (!api) return api.error();
-    const auto answered = answer(api->send<BoardsResponse>(Endpoint::boards()), console);
-    if (!answered) return answered.error();
+    const auto api = runUntilDone(session.session.client());
+    if (!api) return console.fail(APIError::missingToken());
+    const auto answered = runUntilDone(api->send<BoardsResponse>(Endpoint::boards()));
+    // Nothing here cancels a call.
+    if (!answered) return console.fail(answered.error().error().value_or(APIError::invalidResponse()));
     const auto defaultId = session.session.prefs().defaultBoardID();
     if (form == OutputForm::json) {
         auto list = nlohmann::json::array();
@@ -211,15 +131,30 @@ ExitStatus showBoards(OutputForm form, const CommandSession& session, const Cons
     return ExitStatus::success;
 }
 
-ExitStatus completeTask(const std::string& key, const CommandSession& session, const Console& console) {
-    const auto api = client(session, console);
-    if (!api) return api.error();
-    const auto task = answer(api->send<TaskSummary>(Endpoint::task(key)), console);
-    if (!task) return task.error();
-    const TaskPatch done{.done = true};
-    const auto changed = answer(api->send<TaskSummary>(Endpoint::updateTask(task->key, done)), console);
-    if (!changed) return changed.error();
-    console.line("Done: " + task->title);
+ExitStatus openTask(const std::string& key, OutputForm form, const CommandSession& session, const Console& console) {
+    const Actions actions(session, console);
+    const auto result = runUntilDone(actions->perform(OpenTaskIntent{key}));
+    if (!result) return console.fail(result.error());
+    const std::vector<std::string> pages{actions.page()->text()};
+    const bool isShown = RunningProgram::open(pages);
+    if (form == OutputForm::json) {
+        console.json({{"task", taskJson(*result)}});
+    } else {
+        report(*result, console);
+    }
+    return isShown ? ExitStatus::success : console.fail(RunningProgram::become(pages));
+}
+
+ExitStatus completeTask(const std::string& key, OutputForm form, const CommandSession& session,
+                        const Console& console) {
+    const Actions actions(session, console);
+    const auto result = runUntilDone(actions->perform(CompleteTaskIntent{key}));
+    if (!result) return console.fail(result.error());
+    if (form == OutputForm::json) {
+        console.json({{"task", taskJson(*result)}});
+    } else {
+        report(*result, console);
+    }
     return ExitStatus::success;
 }
 

@@ -1,5 +1,6 @@
 #include "Menu/MainMenu.h"
 
+#include <array>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -36,12 +37,21 @@ constexpr Item findItem{.title = "Find in Page…",
 constexpr Item printItem{
     .title = "Print…", .action = "printPage", .key = "p", .modifiers = menuTable::Modifiers::control};
 
+constexpr std::array tabItems = std::to_array<Item>({
+    {.title = "Show Next Tab", .action = "selectNextTab", .key = "Tab", .modifiers = menuTable::Modifiers::control},
+    {.title = "Show Previous Tab",
+     .action = "selectPreviousTab",
+     .key = "Tab",
+     .modifiers = menuTable::Modifiers::control | menuTable::Modifiers::shift},
+    {.title = "Move Tab to New Window", .action = "moveTabToNewWindow"},
+});
+
 /// Fields and pages act on these keys by themselves; taking them away would break what they do with them.
 bool keysBelongToText(const Item& item) {
     return item.target == Target::text && item.action != "pasteAsPlainText";
 }
 
-void setKeys(GtkApplication* application, const std::string& action, std::vector<std::string> keys) {
+void setKeys(GtkApplication* application, const std::string& action, const std::vector<std::string>& keys) {
     std::vector<const char*> texts;
     for (const std::string& key : keys) texts.push_back(key.c_str());
     texts.push_back(nullptr);
@@ -80,6 +90,9 @@ MainMenu::MainMenu(GtkApplication* application) : compact_(newMenu()), bar_(newM
         }
     }
     for (const Item& item : {findItem, printItem}) setKeys(application, detailedAction(item), keysOf(item));
+    for (const Item& item : tabItems) {
+        if (!item.key.empty()) setKeys(application, detailedAction(item), keysOf(item));
+    }
     setKeys(application, "win.showMenu", {"F10"});
     g_menu_append_section(compact_.get(), nullptr, G_MENU_MODEL(submenus.get()));
     g_menu_append_section(compact_.get(), nullptr, G_MENU_MODEL(own.get()));
@@ -114,6 +127,10 @@ Ref<GMenu> MainMenu::sectionsOf(const menuTable::Menu& menu) {
                 append(section.get(), item);
                 if (item.action == "focusWebSearch") append(section.get(), findItem);
                 if (item.action == "copyPageLink") append(section.get(), printItem);
+                if (item.action == "performZoom") {
+                    close();
+                    for (const Item& tabItem : tabItems) append(section.get(), tabItem);
+                }
                 break;
         }
     }

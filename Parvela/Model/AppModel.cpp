@@ -46,6 +46,7 @@ Task<void> AppModel::reloadCredentials() {
     hasToken.set(token.has_value());
     tokenHint.set(token ? std::optional(parvela::tokenHint(*token)) : std::nullopt);
     linkInfo.set(session.linkInfo());
+    knowsCredentials.set(true);
 }
 
 Task<void> AppModel::setServer(ServerConfig config) {
@@ -89,10 +90,25 @@ Task<Result<void, LinkError>> AppModel::adoptLink(BridgeMessage::Link link, std:
     co_return Result<void, LinkError>();
 }
 
-Task<void> AppModel::unlink() {
+Task<Result<void, PastedTokenError>> AppModel::savePastedToken(std::string text) {
+    const auto self = shared_from_this();
+    auto saving = session.savePastedToken(std::move(text));
+    auto saved = co_await saving;
+    if (!saved) co_return saved;
+
+    ++epoch_;
+    auto reloading = reloadCredentials();
+    co_await reloading;
+    environment_.notifications->linkChanged.post();
+    refreshAll().detach();
+    environment_.syncPush();
+    co_return Result<void, PastedTokenError>();
+}
+
+Task<Unlinked> AppModel::unlink() {
     const auto self = shared_from_this();
     auto unlinking = session.unlink();
-    co_await unlinking;
+    const Unlinked outcome = co_await unlinking;
 
     ++epoch_;
     auto reloading = reloadCredentials();
@@ -105,6 +121,7 @@ Task<void> AppModel::unlink() {
         badgeCount.set(0);
     }
     environment_.notifications->linkChanged.post();
+    co_return outcome;
 }
 
 Task<void> AppModel::refreshAll() {

@@ -52,6 +52,8 @@ public:
 
     Observable<ServerConfig> server;
     Observable<bool> hasToken{false};
+    /// Whether the keyring has been asked at all: before that, no token means nothing.
+    Observable<bool> knowsCredentials{false};
     /// First characters of the token for Settings; none without a token.
     Observable<std::optional<std::string>> tokenHint;
     Observable<std::optional<LinkInfo>> linkInfo;
@@ -79,8 +81,10 @@ public:
 
     /// Takes over the link that the page at `sender` offers.
     Task<Result<void, LinkError>> adoptLink(BridgeMessage::Link link, std::optional<Url> sender);
+    /// Takes over a personal access token for the server in force.
+    Task<Result<void, PastedTokenError>> savePastedToken(std::string text);
     /// Revokes the token and forgets the link. Failed calls do not keep the link.
-    Task<void> unlink();
+    Task<Unlinked> unlink();
 
     /// Boards and due list side by side.
     Task<void> refreshAll();

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace parvela {
 
@@ -19,6 +20,13 @@ public:
     using SetAlarm = std::function<Subscription(Instant, std::function<void()>)>;
     enum class Occasion { scheduled, requested };
 
+    /// What became of a summary.
+    struct Outcome {
+        enum class Case { sent, notDue, notLinked, failed };
+        Case kind = Case::notDue;
+        std::string problem{};  ///< for the user, when it failed
+    };
+
     DailySummaryScheduler(std::shared_ptr<AppModel> model, std::shared_ptr<const Clock> clock,
                           std::shared_ptr<Notifier> notifier, SetAlarm setAlarm);
 
@@ -28,9 +36,13 @@ public:
 
     /// Fetches what is due and posts it. A scheduled summary is sent at most once a day and only while switched on; a
     /// requested one always. Without a link, or when the service fails, nothing is posted and nothing noted.
-    Task<void> send(Occasion occasion);
+    Task<Outcome> send(Occasion occasion);
 
 private:
+    bool wasSent(const std::string& day) const;
+    void noteSent(const std::string& day) const;
+    Task<Outcome> fetchAndPost(CivilDate today);
+
     std::shared_ptr<AppModel> model_;
     std::shared_ptr<const Clock> clock_;
     std::shared_ptr<Notifier> notifier_;

@@ -27,8 +27,9 @@ class Notifier {
 public:
     virtual ~Notifier() = default;
 
-    /// Called with the target of a clicked notification. Installed by the delegate.
-    std::function<void(const DeepLinkTarget&)> onOpenLink;
+    /// Called with the target of a clicked notification. The token, when there is one, lets a window or another program
+    /// come to the front. Installed by the delegate.
+    std::function<void(const DeepLinkTarget&, const std::optional<std::string>& activationToken)> onOpenLink;
 
     /// Asks the user once, where the desktop wants to be asked. A refusal is no error.
     virtual Task<void> requestAuthorization() = 0;

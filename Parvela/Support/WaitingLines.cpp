@@ -27,7 +27,8 @@ WaitingLines::WaitingLines(std::shared_ptr<AppModel> model, std::shared_ptr<cons
       clock_(std::move(clock)),
       report_(std::move(report)),
       queue_(offlineQueueEnvironment(*clock_)),
-      seen_(queue_.status().get()) {
+      seen_(queue_.status().get()),
+      haveWaited_(seen_.waiting > 0) {
     status_ = queue_.status().observe([this](const OfflineQueueStatus& status) { statusChanged(status); });
     if (seen_.notice) report_(*seen_.notice);
     network_ = connect<void(GNetworkMonitor*, gboolean)>(
@@ -49,8 +50,10 @@ void WaitingLines::statusChanged(const OfflineQueueStatus& status) {
     if (status.failed > before.failed) {
         report_(counted(status.failed - before.failed, "A waiting line", "waiting lines") + " could not be added.");
     }
+    if (status.nextTry && *status.nextTry > clock_->now()) haveWaited_ = true;
     if (before.waiting + before.sending > 0 && status.waiting + status.sending == 0 && status.failed <= before.failed) {
-        report_("The lines that waited were added.");
+        // What was added at once is shown where it was typed.
+        if (std::exchange(haveWaited_, false)) report_("The lines that waited were added.");
         model_->refreshDue().detach();
     }
 }

@@ -29,6 +29,8 @@ public:
     Task<void> renewClient();
     /// Tries every line now: the network is back, or another program has kept a line.
     void tryNow() { queue_.retryNow(); }
+    /// For sending new lines, and for showing and changing those that wait.
+    OfflineQueue& queue() noexcept { return queue_; }
 
 private:
     void statusChanged(const OfflineQueueStatus& status);
@@ -38,6 +40,7 @@ private:
     std::function<void(const std::string&)> report_;
     OfflineQueue queue_;
     OfflineQueueStatus seen_;
+    bool haveWaited_ = false;  ///< lines that are not added yet
     Subscription status_;
     Connection network_;
     MainLoopTimer networkSettles_;

@@ -2,9 +2,12 @@
 
 #include <ParvelaKit/GLibPtr.h>
 
+#include <array>
 #include <cmath>
+#include <cstring>
 #include <memory>
 
+#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <gdk/x11/gdkx.h>
@@ -67,6 +70,43 @@ std::optional<WindowPosition> windowPosition(GtkWindow* window) {
     return WindowPosition{left / x->scale, top / x->scale};
 }
 
+WindowPosition shadowOffset(GtkWindow* window) {
+    const auto x = xWindowOf(window);
+    if (!x) return {0, 0};
+    const Atom extents = XInternAtom(x->display, "_GTK_FRAME_EXTENTS", True);
+    Atom type = 0;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long left = 0;
+    unsigned char* data = nullptr;
+    if (extents == 0 || XGetWindowProperty(x->display, x->id, extents, 0, 4, False, XA_CARDINAL, &type, &format, &count,
+                                           &left, &data) != 0) {
+        return {0, 0};
+    }
+    const std::unique_ptr<unsigned char, int (*)(void*)> owned(data, XFree);
+    if (type != XA_CARDINAL || format != 32 || count != 4) return {0, 0};  // no shadow is drawn
+    std::array<long, 4> sides{};                                           // left, right, top, bottom
+    std::memcpy(sides.data(), data, sizeof sides);
+    return {static_cast<double>(sides[0]) / x->scale, static_cast<double>(sides[2]) / x->scale};
+}
+
+std::optional<WindowPosition> pointerPosition(GtkWindow* window) {
+    const auto x = xWindowOf(window);
+    if (!x) return std::nullopt;
+    Window root = 0;
+    Window child = 0;
+    int left = 0;
+    int top = 0;
+    int leftInside = 0;
+    int topInside = 0;
+    unsigned int buttons = 0;
+    if (!XQueryPointer(x->display, DefaultRootWindow(x->display), &root, &child, &left, &top, &leftInside, &topInside,
+                       &buttons)) {
+        return std::nullopt;
+    }
+    return WindowPosition{left / x->scale, top / x->scale};
+}
+
 void moveWindow(GtkWindow* window, WindowPosition position) {
     gtk_widget_realize(GTK_WIDGET(window));
     const auto x = xWindowOf(window);
@@ -97,6 +137,19 @@ std::vector<WindowFrame> monitorAreas(GdkDisplay* display) {
         areas.push_back(areaOf(monitor.get()));
     }
     return areas;
+}
+
+std::vector<WindowFrame> monitorFrames(GdkDisplay* display) {
+    std::vector<WindowFrame> frames;
+    GListModel* const monitors = gdk_display_get_monitors(display);
+    for (guint index = 0; index < g_list_model_get_n_items(monitors); ++index) {
+        const auto monitor = Ref<GdkMonitor>::adopt(GDK_MONITOR(g_list_model_get_item(monitors, index)));
+        GdkRectangle whole;
+        gdk_monitor_get_geometry(monitor.get(), &whole);
+        frames.push_back({static_cast<double>(whole.x), static_cast<double>(whole.y), static_cast<double>(whole.width),
+                          static_cast<double>(whole.height)});
+    }
+    return frames;
 }
 
 std::optional<WindowFrame> monitorAreaOf(GtkWindow* window) {

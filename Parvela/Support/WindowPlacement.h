@@ -20,6 +20,12 @@ struct WindowPosition {
 /// The upper left corner of a shown window; none while it is hidden, maximised, minimised or full screen.
 std::optional<WindowPosition> windowPosition(GtkWindow* window);
 
+/// How far the window's visible corner lies inside what windowPosition() places: the width of its shadow there.
+WindowPosition shadowOffset(GtkWindow* window);
+
+/// Where the pointer is, in the same coordinates; none where the desktop does not tell.
+std::optional<WindowPosition> pointerPosition(GtkWindow* window);
+
 /// Moves a window, or lets it appear there when it has not been shown yet.
 void moveWindow(GtkWindow* window, WindowPosition position);
 
@@ -27,6 +33,8 @@ bool isMinimized(GtkWindow* window);
 
 /// The areas that windows may cover, without panels.
 std::vector<WindowFrame> monitorAreas(GdkDisplay* display);
+/// The whole monitors, in the same order.
+std::vector<WindowFrame> monitorFrames(GdkDisplay* display);
 /// The area of the monitor that a window is on; none when that is not known.
 std::optional<WindowFrame> monitorAreaOf(GtkWindow* window);
 

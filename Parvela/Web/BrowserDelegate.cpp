@@ -3,6 +3,7 @@
 #include "Support/DesktopServices.h"
 #include "Web/CertificateProblem.h"
 #include "Web/ParvelaWebView.h"
+#include "Web/WebEnvironment.h"
 
 #include <ParvelaKit/ErrorPage.h>
 #include <Platform/SoupTransport.h>
@@ -50,15 +51,24 @@ NavigationPolicy::Gesture gestureOf(WebKitNavigationAction* action) {
 
 }  // namespace
 
-BrowserDelegate::BrowserDelegate(ParvelaWebView& webView, std::shared_ptr<AppModel> model, DesktopServices& desktop,
-                                 std::shared_ptr<const Clock> clock)
-    : webView_(webView),
+BrowserDelegate::BrowserDelegate(WebEnvironment& environment, ParvelaWebView& webView, std::shared_ptr<AppModel> model,
+                                 DesktopServices& desktop, std::shared_ptr<const Clock> clock)
+    : environment_(environment),
+      webView_(webView),
       model_(std::move(model)),
       desktop_(desktop),
       policy_(std::move(clock)),
+      closing_(webView.get()),
       dialogs_(webView.get()),
       permissions_(webView.get(), model_->session.prefs()),
       contextMenu_(webView.get(), [this](const Url& url) { desktop_.open(url); }) {
+    const auto attention = [this] {
+        if (onAttention) onAttention();
+    };
+    closing_.onAttention = attention;
+    dialogs_.onAttention = attention;
+    dialogs_.mayAskToLeave = [this] { return closing_.userMayBeAsked(); };
+    dialogs_.onLeaveAnswered = [this](bool leaves) { closing_.userAnswered(leaves); };
     watchView();
 }
 
@@ -94,7 +104,7 @@ void BrowserDelegate::watchView() {
         view, "web-process-terminated",
         [this](WebKitWebView*, WebKitWebProcessTerminationReason reason) { processTerminated(reason); }));
     connections_.push_back(connect<void(WebKitWebView*)>(view, "close", [this](WebKitWebView*) {
-        if (onCloseRequest) onCloseRequest();
+        if (!closing_.closeRequested() && onCloseRequest) onCloseRequest();
     }));
 }
 
@@ -115,6 +125,13 @@ bool BrowserDelegate::decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyD
 bool BrowserDelegate::decideNavigation(WebKitNavigationPolicyDecision* decision) {
     WebKitNavigationAction* const action = webkit_navigation_policy_decision_get_navigation_action(decision);
     const std::string uri = uriOf(action);
+    if (std::exchange(keepsDying_, false)) {
+        webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
+        afterCrash_ = MainLoopTimer(std::chrono::milliseconds{0}, [this, uri] {
+            showErrorPage(uri, "The page stopped working several times in a row.", Recovery::byUser);
+        });
+        return true;
+    }
     if (openAside(action, uri)) {
         webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
         return true;
@@ -122,8 +139,12 @@ bool BrowserDelegate::decideNavigation(WebKitNavigationPolicyDecision* decision)
     const auto answer = policy_.navigation(uri, NavigationPolicy::Frame::unknown, gestureOf(action),
                                            NavigationPolicy::Purpose::show, model_->server.get());
     if (answer.action == NavigationPolicy::Action::allow) {
-        redirectTarget_ = webkit_navigation_action_is_redirect(action) ? std::optional(uri) : std::nullopt;
-        webkit_policy_decision_use(WEBKIT_POLICY_DECISION(decision));
+        if (webkit_navigation_action_is_redirect(action)) policy_.redirected(uri);
+        // The page's process starts meanwhile. The load itself begins with this decision, so nothing is sent before the
+        // filter is in force.
+        environment_.whenReady([held = Ref<WebKitPolicyDecision>::ref(WEBKIT_POLICY_DECISION(decision))] {
+            webkit_policy_decision_use(held.get());
+        });
     } else {
         webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
         carryOut(answer);
@@ -136,7 +157,8 @@ bool BrowserDelegate::openAside(WebKitNavigationAction* action, const std::strin
     if (webkit_navigation_action_get_navigation_type(action) != WEBKIT_NAVIGATION_TYPE_LINK_CLICKED) return false;
     const guint button = webkit_navigation_action_get_mouse_button(action);
     const bool withControl = (webkit_navigation_action_get_modifiers(action) & GDK_CONTROL_MASK) != 0;
-    if (button != GDK_BUTTON_MIDDLE && !(button == GDK_BUTTON_PRIMARY && withControl)) return false;
+    const bool aside = button == GDK_BUTTON_MIDDLE || (button == GDK_BUTTON_PRIMARY && withControl);
+    if (!aside) return false;
     const auto answer = policy_.newWindow(uri, NavigationPolicy::Gesture::user, model_->server.get());
     if (answer.action == NavigationPolicy::Action::openTab) {
         if (answer.url && openBackgroundTab) openBackgroundTab(*answer.url);
@@ -194,9 +216,13 @@ WebKitWebView* BrowserDelegate::createView(WebKitNavigationAction* action) {
 void BrowserDelegate::loadChanged(WebKitLoadEvent event) {
     switch (event) {
         case WEBKIT_LOAD_STARTED:
+            policy_.mainLoadStarted();
+            break;
         case WEBKIT_LOAD_REDIRECTED:
             break;
         case WEBKIT_LOAD_COMMITTED: {
+            policy_.mainLoadEnded();
+            dialogs_.pageChanged();
             const char* const uri = webkit_web_view_get_uri(webView_.get());
             if (errorPage_ && (!uri || *errorPage_ != uri)) {
                 errorPage_.reset();
@@ -234,9 +260,7 @@ bool BrowserDelegate::loadFailedForTls(const char* failingUri, GTlsCertificateFl
 }
 
 void BrowserDelegate::blocked(const std::string& failingUri) {
-    const std::string uri = std::exchange(redirectTarget_, std::nullopt).value_or(failingUri);
-    carryOut(policy_.navigation(uri, NavigationPolicy::Frame::main, NavigationPolicy::Gesture::none,
-                                NavigationPolicy::Purpose::show, model_->server.get()));
+    carryOut(policy_.blocked(failingUri, model_->server.get()));
 }
 
 void BrowserDelegate::showErrorPage(const std::string& failingUri, const std::string& message, Recovery recovery) {
@@ -256,8 +280,9 @@ void BrowserDelegate::processTerminated(WebKitWebProcessTerminationReason reason
         webkit_web_view_reload(webView_.get());
         return;
     }
-    const char* const uri = webkit_web_view_get_uri(webView_.get());
-    showErrorPage(uri ? uri : "", "The page stopped working several times in a row.", Recovery::byUser);
+    // The engine shows a page of ours only in a living process, which a reload starts; what would be loaded is refused.
+    keepsDying_ = true;
+    webkit_web_view_reload(webView_.get());
 }
 
 }  // namespace parvela

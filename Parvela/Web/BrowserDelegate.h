@@ -2,6 +2,7 @@
 
 #include "Model/AppModel.h"
 #include "Web/CrashGuard.h"
+#include "Web/PageClosing.h"
 #include "Web/PageContextMenu.h"
 #include "Web/PageDialogs.h"
 #include "Web/PagePermissions.h"
@@ -25,13 +26,14 @@ namespace parvela {
 
 class DesktopServices;
 class ParvelaWebView;
+class WebEnvironment;
 
 /// Decides what one web view may show: pages of the web app stay, others go to the default browser, sign-in with an
 /// outside provider is handed off, and what cannot be reached becomes an error page.
 class BrowserDelegate {
 public:
-    BrowserDelegate(ParvelaWebView& webView, std::shared_ptr<AppModel> model, DesktopServices& desktop,
-                    std::shared_ptr<const Clock> clock);
+    BrowserDelegate(WebEnvironment& environment, ParvelaWebView& webView, std::shared_ptr<AppModel> model,
+                    DesktopServices& desktop, std::shared_ptr<const Clock> clock);
     BrowserDelegate(const BrowserDelegate&) = delete;
     BrowserDelegate& operator=(const BrowserDelegate&) = delete;
 
@@ -43,12 +45,17 @@ public:
     std::function<void(const Url&)> openBackgroundTab;
     /// A part of the page covers the whole screen, or ceases to.
     std::function<void(bool)> onElementFullScreen;
-    /// The page wants its tab closed.
+    /// The page wants its tab closed, by a script.
     std::function<void()> onCloseRequest;
+    /// A dialog of the page is about to be shown.
+    std::function<void()> onAttention;
     /// A sign-in goes on in the browser; this view waits for it to come back.
     std::function<void()> onSignInHandOff;
 
     bool showsErrorPage() const noexcept { return errorPage_.has_value(); }
+
+    /// Asks the page, and if it wants its user, whether it may be closed.
+    PageClosing& closing() noexcept { return closing_; }
 
 private:
     void watchView();
@@ -67,6 +74,7 @@ private:
     bool openAside(WebKitNavigationAction* action, const std::string& uri);
     void processTerminated(WebKitWebProcessTerminationReason reason);
 
+    WebEnvironment& environment_;
     ParvelaWebView& webView_;
     std::shared_ptr<AppModel> model_;
     DesktopServices& desktop_;
@@ -76,11 +84,12 @@ private:
     std::optional<std::string> errorPage_;
     std::unique_ptr<PageRetry> retry_;
     CrashGuard crashes_;
+    bool keepsDying_ = false;  // and the next load gives way to an error page
+    MainLoopTimer afterCrash_;
+    PageClosing closing_;
     PageDialogs dialogs_;
     PagePermissions permissions_;
     PageContextMenu contextMenu_;
-    /// Where the navigation under way was last redirected to; its failure names only where it began.
-    std::optional<std::string> redirectTarget_;
 };
 
 }  // namespace parvela

@@ -1,6 +1,6 @@
 #include "Web/DownloadRow.h"
 
-#include "Support/FileBrowser.h"
+#include <Platform/FileRevealer.h>
 
 #include <utility>
 
@@ -47,19 +47,19 @@ void DownloadRow::setProgress(double progress) {
     gtk_progress_bar_set_fraction(GTK_PROGRESS_BAR(progress_), progress);
 }
 
-void DownloadRow::finish(const std::string& fileURI) {
+void DownloadRow::finish(const std::filesystem::path& file) {
     finished_ = true;
     gtk_widget_set_visible(progress_, FALSE);
     gtk_button_set_label(GTK_BUTTON(button_), "Show in Folder");
     pressed_.disconnect();
     // From here on the row lives by itself.
     g_signal_connect_data(
-        button_, "clicked", G_CALLBACK(+[](GtkButton* button, gpointer uri) {
-            revealInFileBrowser(*static_cast<std::string*>(uri));
+        button_, "clicked", G_CALLBACK(+[](GtkButton* button, gpointer path) {
+            revealFile(*static_cast<std::filesystem::path*>(path)).detach();
             takeOut(gtk_widget_get_parent(GTK_WIDGET(button)));
         }),
-        new std::string(fileURI), [](gpointer uri, GClosure*) { delete static_cast<std::string*>(uri); },
-        GConnectFlags{});
+        new std::filesystem::path(file),
+        [](gpointer path, GClosure*) { delete static_cast<std::filesystem::path*>(path); }, GConnectFlags{});
     g_timeout_add_seconds_full(
         G_PRIORITY_DEFAULT, finishedRowSeconds,
         [](gpointer row) {

@@ -2,6 +2,7 @@
 
 #include <ParvelaKit/GLibPtr.h>
 
+#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -21,7 +22,7 @@ public:
     /// 0 to 1.
     void setProgress(double progress);
     /// The file is there.
-    void finish(const std::string& fileURI);
+    void finish(const std::filesystem::path& file);
 
 private:
     Ref<GtkWidget> row_;

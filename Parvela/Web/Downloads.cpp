@@ -86,7 +86,7 @@ void Downloads::failed(Item& item, const GError* error) {
 /// Comes after failed() as well.
 void Downloads::finished(Item& item) {
     if (!item.hasFailed && !item.destination.empty()) {
-        if (item.row) std::exchange(item.row, nullptr)->finish(item.fileURI());
+        if (item.row) std::exchange(item.row, nullptr)->finish(item.destination);
         const CharPtr identifier(g_uuid_string_random());
         const auto url = Url::parse(item.fileURI());
         if (notify) {

@@ -12,6 +12,7 @@ bool isPointless(WebKitContextMenuAction action) {
         case WEBKIT_CONTEXT_MENU_ACTION_OPEN_IMAGE_IN_NEW_WINDOW:
         case WEBKIT_CONTEXT_MENU_ACTION_OPEN_FRAME_IN_NEW_WINDOW:
         case WEBKIT_CONTEXT_MENU_ACTION_STOP:
+        case WEBKIT_CONTEXT_MENU_ACTION_UNICODE:
             return true;
         default:
             return false;

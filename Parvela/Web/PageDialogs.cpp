@@ -1,5 +1,7 @@
 #include "Web/PageDialogs.h"
 
+#include <Platform/MainLoop.h>
+
 #include <memory>
 #include <string>
 #include <string_view>
@@ -45,14 +47,22 @@ private:
     WebKitScriptDialog* dialog_;
 };
 
+constexpr std::string_view silence = "silence";
+
 /// A script dialog on the screen, with the field of a prompt.
 struct Question {
     std::shared_ptr<OpenScriptDialog> dialog;
     GtkEditable* field;
+    std::shared_ptr<DialogGuard> guard;
+    std::function<void(bool)> onLeaveAnswered;  ///< for the question whether to leave the page
 
     static void answered(AdwMessageDialog*, const char* response, Question* question) {
-        if (question->dialog) question->dialog->answer(response, question->field);
+        const std::string_view answer = response;
+        if (answer == silence) question->guard->silence();
+        question->guard->closed(std::chrono::steady_clock::now());
+        if (question->dialog) question->dialog->answer(answer, question->field);
         question->dialog.reset();
+        if (question->onLeaveAnswered) question->onLeaveAnswered(answer == "ok");
     }
 };
 
@@ -92,9 +102,15 @@ void PageDialogs::showScriptDialog(WebKitScriptDialog* dialog) {
     const auto open = std::make_shared<OpenScriptDialog>(dialog);
     const WebKitScriptDialogType type = webkit_script_dialog_get_dialog_type(dialog);
     const bool leaving = type == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM;
+    if (leaving ? mayAskToLeave && !mayAskToLeave() : guard_->isSilenced()) {
+        // The engine does not bear a dialog that is closed before this call returns.
+        runSoon([open] {});
+        return;
+    }
     const Texts texts = leaving ? Texts{"Leave this page?", "Changes that you made may not be saved."}
                                 : textsOf(webkit_script_dialog_get_message(dialog));
 
+    if (onAttention) onAttention();
     GtkWidget* const shown = adw_message_dialog_new(window(), nullptr, nullptr);
     AdwMessageDialog* const message = ADW_MESSAGE_DIALOG(shown);
     if (!texts.heading.empty()) adw_message_dialog_set_heading(message, texts.heading.c_str());
@@ -102,6 +118,9 @@ void PageDialogs::showScriptDialog(WebKitScriptDialog* dialog) {
     if (type != WEBKIT_SCRIPT_DIALOG_ALERT) {
         adw_message_dialog_add_response(message, "cancel", leaving ? "Stay" : "Cancel");
         adw_message_dialog_set_close_response(message, "cancel");
+    }
+    if (guard_->offersSilence(std::chrono::steady_clock::now()) && !leaving) {
+        adw_message_dialog_add_response(message, silence.data(), "No More Messages");
     }
     adw_message_dialog_add_response(message, "ok", leaving ? "Leave" : "OK");
     if (leaving) adw_message_dialog_set_response_appearance(message, "ok", ADW_RESPONSE_DESTRUCTIVE);
@@ -123,7 +142,8 @@ void PageDialogs::showScriptDialog(WebKitScriptDialog* dialog) {
     }
     // The question lives as long as the dialog, and with it the page's wait.
     g_signal_connect_data(
-        shown, "response", G_CALLBACK(&Question::answered), new Question{open, field},
+        shown, "response", G_CALLBACK(&Question::answered),
+        new Question{open, field, guard_, leaving ? onLeaveAnswered : nullptr},
         [](gpointer question, GClosure*) { delete static_cast<Question*>(question); }, GConnectFlags{});
     gtk_window_present(GTK_WINDOW(shown));
 }

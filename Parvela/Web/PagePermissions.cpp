@@ -33,8 +33,17 @@ std::optional<Kind> kindOf(WebKitPermissionRequest* request) {
     return std::nullopt;
 }
 
+/// Our word for what pages ask about by the web's own name.
+std::string kindNamed(std::string_view name) {
+    if (name == "geolocation") return "location";
+    if (name == "clipboard-read") return "clipboard";
+    return std::string(name);
+}
+
+constexpr std::string_view keyPrefix = "permission|";
+
 std::string keyOf(const std::string& origin, const std::string& kind) {
-    return "permission|" + kind + "|" + origin;
+    return std::string(keyPrefix) + kind + "|" + origin;
 }
 
 void settle(WebKitPermissionRequest* request, bool allowed) {
@@ -72,11 +81,34 @@ PagePermissions::PagePermissions(WebKitWebView* view, Preferences preferences)
         [this](WebKitWebView*, WebKitPermissionStateQuery* query) { return static_cast<gboolean>(queried(query)); }));
 }
 
+PagePermissions::~PagePermissions() {
+    g_clear_weak_pointer(&open_);
+}
+
 std::optional<bool> PagePermissions::remembered(const Preferences& preferences, const std::string& origin,
                                                 const std::string& kind) {
     const auto stored = preferences.store().get(keyOf(origin, kind));
     const bool* const allowed = stored ? std::get_if<bool>(&*stored) : nullptr;
     return allowed ? std::optional(*allowed) : std::nullopt;
+}
+
+std::vector<PagePermissions::Answer> PagePermissions::answers(const Preferences& preferences) {
+    std::vector<Answer> found;
+    for (const std::string& key : preferences.store().keys(keyPrefix)) {
+        const auto rest = std::string_view(key).substr(keyPrefix.size());
+        const auto mark = rest.find('|');
+        if (mark == std::string_view::npos) continue;
+        Answer answer{.origin = std::string(rest.substr(mark + 1)), .kind = std::string(rest.substr(0, mark))};
+        const auto allowed = remembered(preferences, answer.origin, answer.kind);
+        if (!allowed) continue;
+        answer.allowed = *allowed;
+        found.push_back(std::move(answer));
+    }
+    return found;
+}
+
+void PagePermissions::forget(const Preferences& preferences, const Answer& answer) {
+    preferences.store().remove(keyOf(answer.origin, answer.kind));
 }
 
 std::optional<std::string> PagePermissions::origin() const {
@@ -97,6 +129,11 @@ bool PagePermissions::requested(WebKitPermissionRequest* request) {
         settle(request, *answer);
         return true;
     }
+    if (open_) {
+        // One question at a time; what is not remembered may be asked again.
+        webkit_permission_request_deny(request);
+        return true;
+    }
     GtkRoot* const root = gtk_widget_get_root(GTK_WIDGET(view_));
     const std::string heading = fmt::format("Allow {} to {}?", *asker, kind->question);
     GtkWidget* const shown = adw_message_dialog_new(GTK_IS_WINDOW(root) ? GTK_WINDOW(root) : nullptr, heading.c_str(),
@@ -110,14 +147,16 @@ bool PagePermissions::requested(WebKitPermissionRequest* request) {
         }),
         new Question{Ref<WebKitPermissionRequest>::ref(request), preferences_, keyOf(*asker, kind->name)},
         [](gpointer question, GClosure*) { delete static_cast<Question*>(question); }, GConnectFlags{});
+    g_set_weak_pointer(&open_, shown);
     gtk_window_present(GTK_WINDOW(shown));
     return true;
 }
 
 bool PagePermissions::queried(WebKitPermissionStateQuery* query) const {
     const auto asker = origin();
-    const auto answer =
-        asker ? remembered(preferences_, *asker, webkit_permission_state_query_get_name(query)) : std::nullopt;
+    const auto answer = asker
+                            ? remembered(preferences_, *asker, kindNamed(webkit_permission_state_query_get_name(query)))
+                            : std::nullopt;
     webkit_permission_state_query_finish(query, !answer   ? WEBKIT_PERMISSION_STATE_PROMPT
                                                 : *answer ? WEBKIT_PERMISSION_STATE_GRANTED
                                                           : WEBKIT_PERMISSION_STATE_DENIED);

@@ -43,20 +43,6 @@ Ref<WebKitNetworkSession> makeSession(const XdgPaths& paths) {
     return session;
 }
 
-/// In the languages of the session, as far as there are dictionaries; in American English when it names none.
-void checkSpelling(WebKitWebContext* context) {
-    std::vector<const char*> languages;
-    for (const char* const* name = g_get_language_names(); *name; ++name) {
-        const std::string_view language(*name);
-        const bool named = language.size() == 5 && language[2] == '_';
-        if (named) languages.push_back(*name);
-    }
-    if (languages.empty()) languages.push_back("en_US");
-    languages.push_back(nullptr);
-    webkit_web_context_set_spell_checking_languages(context, languages.data());
-    webkit_web_context_set_spell_checking_enabled(context, TRUE);
-}
-
 std::string identifierOf(const std::string& rules) {
     const CharPtr sum(
         g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(rules.data()), rules.size()));
@@ -87,7 +73,6 @@ WebEnvironment::WebEnvironment(const XdgPaths& paths)
           webkit_user_content_filter_store_new((paths.cache / "content-filters").c_str()))),
       settings_(makeSettings()),
       cancellable_(Ref<GCancellable>::adopt(g_cancellable_new())) {
-    checkSpelling(context_.get());
     const std::string folder = webProcessFolder().string();
     webkit_web_context_add_path_to_sandbox(context_.get(), folder.c_str(), TRUE);
     extensionsConnection_ = connect<void(WebKitWebContext*)>(
@@ -112,6 +97,14 @@ Ref<WebKitWebView> WebEnvironment::makeView(WebKitWebView* related) const {
                                      content_.get(), nullptr));
     }
     return Ref<WebKitWebView>::sink(WEBKIT_WEB_VIEW(view));
+}
+
+void WebEnvironment::setSpellChecking(const SpellChecking& checking) {
+    std::vector<const char*> languages;
+    for (const std::string& language : checking.languages) languages.push_back(language.c_str());
+    languages.push_back(nullptr);
+    webkit_web_context_set_spell_checking_languages(context_.get(), languages.data());
+    webkit_web_context_set_spell_checking_enabled(context_.get(), checking.enabled);
 }
 
 void WebEnvironment::setNativeInfoScript(const std::string& source) {
@@ -184,8 +177,14 @@ void WebEnvironment::removeStaleFilters() {
                 WEBKIT_USER_CONTENT_FILTER_STORE(store), result));
             for (char** one = found.get(); one && *one; ++one) {
                 if (std::string_view(*one) == kept.get()) continue;
-                webkit_user_content_filter_store_remove(WEBKIT_USER_CONTENT_FILTER_STORE(store), *one, nullptr, nullptr,
-                                                        nullptr);
+                // The engine wants to be asked how it went; a filter that stays does no harm.
+                webkit_user_content_filter_store_remove(
+                    WEBKIT_USER_CONTENT_FILTER_STORE(store), *one, nullptr,
+                    [](GObject* from, GAsyncResult* removal, gpointer) {
+                        webkit_user_content_filter_store_remove_finish(WEBKIT_USER_CONTENT_FILTER_STORE(from), removal,
+                                                                       nullptr);
+                    },
+                    nullptr);
             }
         },
         g_strdup(filterIdentifier_.c_str()));

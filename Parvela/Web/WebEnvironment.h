@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Web/SpellChecking.h"
+
 #include <ParvelaKit/GLibPtr.h>
 #include <Platform/XdgPaths.h>
 
@@ -31,6 +33,9 @@ public:
     /// A new view with everything shared. `related` is the view that asked for it, none for a view of its own; they
     /// then share a web process.
     Ref<WebKitWebView> makeView(WebKitWebView* related) const;
+
+    /// For all pages, also those that are open. Reads the dictionaries at once.
+    void setSpellChecking(const SpellChecking& checking);
 
     /// The script that every page finds done at document start. Pages already open keep theirs.
     void setNativeInfoScript(const std::string& source);

@@ -1,6 +1,7 @@
 #include "Windows/MainWindow.h"
 
 #include "Support/Interface.h"
+#include "Windows/ClosingTabs.h"
 #include "Windows/MainWindowController.h"
 #include "Windows/WindowManager.h"
 
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <X11/Xlib.h>
 #include <gdk/x11/gdkx.h>
@@ -56,7 +58,12 @@ void MainWindow::connectWindow() {
     connections_.push_back(
         connect<void(GtkWidget*)>(GTK_WIDGET(window), "realize", [this](GtkWidget*) { realized(); }));
     connections_.push_back(connect<gboolean(GtkWindow*)>(window, "close-request", [this](GtkWindow*) {
-        manager_.windowCloses(*this);
+        if (std::exchange(isAsking_, true)) return gboolean{TRUE};
+        ClosingTabs::ask(tabs(), [this, weak = std::weak_ptr(alive_)](bool mayClose) {
+            if (weak.expired()) return;
+            isAsking_ = false;
+            if (mayClose) manager_.windowCloses(*this);
+        });
         return gboolean{TRUE};
     }));
 }
@@ -71,22 +78,34 @@ void MainWindow::connectTabs() {
             manager_.scheduleSave();
         }));
     connections_.push_back(connect<void(AdwTabView*, AdwTabPage*, int)>(
-        tabs_, "page-detached", [this](AdwTabView*, AdwTabPage*, int) { pageDetached(); }));
+        tabs_, "page-detached", [this](AdwTabView*, AdwTabPage* page, int) { pageDetached(page); }));
+    connections_.push_back(connect<void(AdwTabView*, GParamSpec*)>(
+        tabs_, "notify::is-transferring-page", [this](AdwTabView*, GParamSpec*) { transferChanged(); }));
+    connections_.push_back(
+        connect<void(AdwTabView*, AdwTabPage*)>(tabs_, "setup-menu", [this](AdwTabView*, AdwTabPage* page) {
+            auto* const controller = page ? controllerOf(page) : nullptr;
+            menuTab_ = controller ? controller->weak_from_this() : std::weak_ptr<MainWindowController>();
+            actions_->update();
+        }));
     connections_.push_back(connect<void(AdwTabView*, AdwTabPage*, int)>(
         tabs_, "page-reordered", [this](AdwTabView*, AdwTabPage*, int) { manager_.scheduleSave(); }));
     connections_.push_back(
         connect<gboolean(AdwTabView*, AdwTabPage*)>(tabs_, "close-page", [this](AdwTabView* view, AdwTabPage* page) {
             auto* const controller = controllerOf(page);
-            const bool lastOne = adw_tab_view_get_n_pages(view) == 1;
-            // The window goes with its last tab, and remembers it.
-            if (lastOne) manager_.windowWillClose(*this);
-            if (controller) controller->setWindow(nullptr);
-            adw_tab_view_close_page_finish(view, page, TRUE);
-            if (controller) manager_.tabClosed(*controller);
+            if (!controller) {
+                adw_tab_view_close_page_finish(view, page, TRUE);
+                return gboolean{GDK_EVENT_STOP};
+            }
+            // While its page is asked the tab may move to another window.
+            controller->askToClose([weak = controller->weak_from_this()](bool mayClose) {
+                const auto tab = weak.lock();
+                if (tab && tab->window()) tab->window()->finishClosing(*tab, mayClose);
+            });
             return gboolean{GDK_EVENT_STOP};
         }));
-    connections_.push_back(connect<AdwTabView*(AdwTabView*)>(
-        tabs_, "create-window", [this](AdwTabView*) { return manager_.windowForTornTab().tabView(); }));
+    connections_.push_back(connect<AdwTabView*(AdwTabView*)>(tabs_, "create-window", [this](AdwTabView*) {
+        return manager_.windowForTab(*this, Beside::pointer).tabView();
+    }));
 }
 
 void MainWindow::append(MainWindowController& controller, Selection selection) {
@@ -102,6 +121,20 @@ void MainWindow::select(MainWindowController& controller) {
 
 void MainWindow::closeTab(MainWindowController& controller) {
     if (AdwTabPage* const page = pageOf(controller)) adw_tab_view_close_page(tabs_, page);
+}
+
+void MainWindow::finishClosing(MainWindowController& controller, bool mayClose) {
+    AdwTabPage* const page = pageOf(controller);
+    if (!page) return;
+    if (!mayClose) {
+        adw_tab_view_close_page_finish(tabs_, page, FALSE);
+        return;
+    }
+    // The window goes with its last tab, and remembers it.
+    if (adw_tab_view_get_n_pages(tabs_) == 1) manager_.windowWillClose(*this);
+    controller.setWindow(nullptr);
+    adw_tab_view_close_page_finish(tabs_, page, TRUE);
+    manager_.tabClosed(controller);
 }
 
 void MainWindow::closeSelectedTab() {
@@ -131,7 +164,7 @@ AdwTabPage* MainWindow::pageOf(const MainWindowController& controller) const {
 }
 
 void MainWindow::present() {
-    gtk_window_present(get());
+    manager_.activation().present(get());
 }
 
 void MainWindow::selectionChanged() {
@@ -146,20 +179,52 @@ void MainWindow::selectionChanged() {
     manager_.scheduleSave();
 }
 
-void MainWindow::pageDetached() {
-    // A tab on its way to another window leaves this one behind; an emptied window has no purpose.
+void MainWindow::pageDetached(AdwTabPage* page) {
+    if (auto* const controller = controllerOf(page); controller && controller->window() == this) {
+        controller->setWindow(nullptr);
+    }
+    // A tab on its way to another window may still come back.
+    if (!adw_tab_view_get_is_transferring_page(tabs_)) transferChanged();
+    manager_.scheduleSave();
+}
+
+void MainWindow::transferChanged() {
+    if (adw_tab_view_get_is_transferring_page(tabs_)) return;
+    // An emptied window has no purpose.
     if (adw_tab_view_get_n_pages(tabs_) == 0) {
         manager_.windowEmptied(*this);
     } else {
         updateChrome();
     }
-    manager_.scheduleSave();
+}
+
+void MainWindow::moveToNewWindow(MainWindowController& controller) {
+    AdwTabPage* const page = pageOf(controller);
+    if (!page || adw_tab_view_get_n_pages(tabs_) < 2) return;
+    MainWindow& window = manager_.windowForTab(*this, Beside::thisWindow);
+    adw_tab_view_transfer_page(tabs_, page, window.tabs_, 0);
+}
+
+void MainWindow::closeOthers(MainWindowController& controller) {
+    if (AdwTabPage* const page = pageOf(controller)) adw_tab_view_close_other_pages(tabs_, page);
+}
+
+MainWindowController* MainWindow::tabOfMenu() const {
+    const auto tab = menuTab_.lock();
+    return tab && tab->window() == this ? tab.get() : selected();
+}
+
+void MainWindow::show(MainWindowController& controller) {
+    select(controller);
+    present();
 }
 
 void MainWindow::updateChrome() {
     auto* const controller = selected();
     if (!controller) return;
-    const bool inset = !fullScreen_ && adw_tab_view_get_n_pages(tabs_) == 1 && controller->wantsInset();
+    // Nothing moves under the pointer while a tab is being dragged.
+    const bool oneTab = adw_tab_view_get_n_pages(tabs_) == 1 && !adw_tab_view_get_is_transferring_page(tabs_);
+    const bool inset = !fullScreen_ && oneTab && controller->wantsInset();
     gtk_widget_set_visible(header_, !inset && !elementFullScreen_);
     gtk_widget_set_visible(tabBar_, !elementFullScreen_);
     if (inset) {
@@ -242,6 +307,20 @@ std::string MainWindow::frameText() const {
     return WindowFrame{corner.x, corner.y, static_cast<double>(width), static_cast<double>(height)}.text();
 }
 
+std::optional<WindowFrame> MainWindow::frameBeside(Beside what) const {
+    constexpr double step = 32;
+    // Where a tab stands in a window, so that a torn one stays under the pointer.
+    constexpr double toTabX = 120;
+    constexpr double toTabY = 60;
+    auto frame = WindowFrame::parse(frameText());
+    if (!frame) return std::nullopt;
+    const auto pointer = what == Beside::pointer ? pointerPosition(get()) : std::nullopt;
+    frame->x = pointer ? pointer->x - toTabX : frame->x + step;
+    frame->y = pointer ? pointer->y - toTabY : frame->y + step;
+    const auto area = monitorAreaOf(get());
+    return area ? frame->inside(*area) : *frame;
+}
+
 WindowState::Group MainWindow::state() const {
     WindowState::Group group{
         .frame = frameText(), .miniaturized = isMinimized(get()), .maximized = gtk_window_is_maximized(get()) != FALSE};
@@ -296,8 +375,15 @@ void MainWindow::toggleFill() {
     }
     const auto now = WindowFrame::parse(frameText());
     const bool filled = now && std::abs(now->width - area->width) < 16 && std::abs(now->height - area->height) < 16;
-    const WindowFrame target = filled && frameBeforeFill_ ? *frameBeforeFill_ : *area;
-    frameBeforeFill_ = filled ? std::nullopt : now;
+    WindowFrame target = *area;
+    if (filled && frameBeforeFill_) {
+        target = *std::exchange(frameBeforeFill_, std::nullopt);
+    } else {
+        frameBeforeFill_ = now;
+        const WindowPosition shadow = shadowOffset(get());
+        target.x -= shadow.x;
+        target.y -= shadow.y;
+    }
     gtk_window_set_default_size(get(), static_cast<int>(target.width), static_cast<int>(target.height));
     moveWindow(get(), {target.x, target.y});
 }

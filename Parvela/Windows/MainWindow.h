@@ -39,9 +39,18 @@ public:
     enum class Selection { keep, select };
     void append(MainWindowController& controller, Selection selection);
     void select(MainWindowController& controller);
-    /// Removes a tab; the window closes with its last one.
+    /// Removes a tab once its page agrees; the window closes with its last one.
     void closeTab(MainWindowController& controller);
     void closeSelectedTab();
+    /// Brings the tab in front of its user.
+    void show(MainWindowController& controller);
+    /// Gives a tab a window of its own.
+    void moveToNewWindow(MainWindowController& controller);
+    void closeOthers(MainWindowController& controller);
+    void selectNext() { adw_tab_view_select_next_page(tabs_); }
+    void selectPrevious() { adw_tab_view_select_previous_page(tabs_); }
+    /// The tab whose own menu is open; else the one in front.
+    MainWindowController* tabOfMenu() const;
     /// In tab order.
     std::vector<MainWindowController*> tabs() const;
     MainWindowController* selected() const;
@@ -62,6 +71,9 @@ public:
     /// To be called before the window is shown: its size, and its place where the desktop allows that.
     void setFrame(const WindowFrame& frame);
     std::string frameText() const;
+    /// For a window that takes a tab of this one: of the same size, a little aside or under the pointer.
+    enum class Beside { thisWindow, pointer };
+    std::optional<WindowFrame> frameBeside(Beside what) const;
 
     void titlebarDoubleClick();
     void toggleMaximized();
@@ -82,7 +94,9 @@ private:
     void connectTabs();
     void fullScreenChanged();
     void selectionChanged();
-    void pageDetached();
+    void pageDetached(AdwTabPage* page);
+    void transferChanged();
+    void finishClosing(MainWindowController& controller, bool mayClose);
     void toggleFill();
     void realized();
     MainWindowController* controllerOf(AdwTabPage* page) const;
@@ -107,6 +121,9 @@ private:
     std::vector<Connection> connections_;
     bool fullScreen_ = false;
     bool elementFullScreen_ = false;
+    bool isAsking_ = false;  ///< the pages are asked whether the window may be closed
+    std::weak_ptr<MainWindowController> menuTab_;
+    std::shared_ptr<char> alive_ = std::make_shared<char>();
 };
 
 }  // namespace parvela

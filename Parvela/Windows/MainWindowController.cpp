@@ -12,6 +12,9 @@ namespace {
 
 /// How long a finished page may take to say that it draws the title bar area itself.
 constexpr std::chrono::milliseconds shellPatience{700};
+/// How long a wish of the user may wait for a page that loads.
+constexpr std::chrono::milliseconds untoldPatience{30'000};
+constexpr std::chrono::milliseconds untoldPause{500};
 
 }  // namespace
 
@@ -20,8 +23,9 @@ MainWindowController::MainWindowController(WindowManager& manager, std::shared_p
     : manager_(manager),
       model_(std::move(model)),
       webView_(manager.web(), related),
-      browser_(webView_, model_, manager.desktop(), manager.clock()),
-      loadedServerRevision_(model_->serverRevision.get()) {
+      browser_(manager.web(), webView_, model_, manager.desktop(), manager.clock()),
+      loadedServerRevision_(model_->serverRevision.get()),
+      isPagesOwn_(related != nullptr) {
     browser_.onCommit = [this] { committed(); };
     browser_.onFinish = [this] { finished(); };
     browser_.openNewTab = [this](WebKitWebView* opener) { return manager_.openTabFor(*this, opener); };
@@ -30,7 +34,12 @@ MainWindowController::MainWindowController(WindowManager& manager, std::shared_p
     browser_.onElementFullScreen = [this](bool on) {
         if (window_) window_->setElementFullScreen(on);
     };
-    browser_.onCloseRequest = [this] { manager_.closeSoon(*this); };
+    browser_.onCloseRequest = [this] {
+        if (isPagesOwn_) manager_.closeSoon(*this);
+    };
+    browser_.onAttention = [this] {
+        if (window_) window_->show(*this);
+    };
     webkit_web_view_set_zoom_level(webView_.get(), manager.preferences().pageZoom());
 
     const auto changed = [this](WebKitWebView*, GParamSpec*) {
@@ -39,12 +48,25 @@ MainWindowController::MainWindowController(WindowManager& manager, std::shared_p
     };
     connections_.push_back(connect<void(WebKitWebView*, GParamSpec*)>(webView_.get(), "notify::title", changed));
     connections_.push_back(connect<void(WebKitWebView*, GParamSpec*)>(webView_.get(), "notify::uri", changed));
+    // The address changes before the history does.
+    connections_.push_back(connect<void(WebKitBackForwardList*, WebKitBackForwardListItem*, gpointer)>(
+        webkit_web_view_get_back_forward_list(webView_.get()), "changed",
+        [this](WebKitBackForwardList*, WebKitBackForwardListItem*, gpointer) {
+            if (window_) window_->pageChanged(*this);
+        }));
     connections_.push_back(connect<gboolean(WebKitWebView*, WebKitUserMessage*)>(
         webView_.get(), "user-message-received", [this](WebKitWebView*, WebKitUserMessage* message) {
             return static_cast<gboolean>(manager_.bridge().receive(*this, message));
         }));
+    connections_.push_back(connect<gboolean(WebKitWebView*, WebKitNotification*)>(
+        webView_.get(), "show-notification", [this](WebKitWebView*, WebKitNotification* notification) {
+            if (manager_.onPageNotification) manager_.onPageNotification(*this, notification);
+            return gboolean{TRUE};
+        }));
     serverChanged_ = model_->serverRevision.observe([this](std::int64_t revision) {
-        if (std::exchange(loadedServerRevision_, revision) != revision) load(model_->server.get().appURL);
+        if (std::exchange(loadedServerRevision_, revision) == revision) return;
+        loadWhenShown(model_->server.get().appURL);
+        if (window_ && window_->selected() == this) shown();
     });
 }
 
@@ -53,14 +75,6 @@ MainWindowController::~MainWindowController() = default;
 void MainWindowController::load(const Url& url) {
     pending_.reset();
     requested_ = url;
-    manager_.web().whenReady([weak = weak_from_this(), url] {
-        const auto self = weak.lock();
-        // A later request may have come while pages had to wait.
-        if (self && self->requested_ == url) self->showNow(url);
-    });
-}
-
-void MainWindowController::showNow(const Url& url) {
     webkit_web_view_load_uri(webView_.get(), url.text().c_str());
 }
 
@@ -78,6 +92,14 @@ void MainWindowController::reload(Cache cache) {
     } else {
         webkit_web_view_reload(webView_.get());
     }
+}
+
+void MainWindowController::askToClose(std::function<void(bool)> answer) {
+    if (!hasCommitted_) {
+        answer(true);
+        return;
+    }
+    browser_.closing().ask(std::move(answer));
 }
 
 std::optional<Url> MainWindowController::currentURL() const {
@@ -98,6 +120,27 @@ void MainWindowController::openPath(std::string_view pathAndQuery) {
     webView_.dispatchOrElse(NativeBridge::Navigate{path}, [weak = weak_from_this(), url] {
         if (const auto self = weak.lock()) self->load(url);
     });
+}
+
+void MainWindowController::tell(NativeBridge::Event event) {
+    if (supportsShell()) {
+        webView_.dispatch(event);
+        return;
+    }
+    untold_.push_back(std::move(event));
+    untoldPatience_ = MainLoopTimer(untoldPatience, [this] { untold_.clear(); });
+}
+
+/// A page says that it has a shell before all of it listens.
+void MainWindowController::tellUntold() {
+    for (const NativeBridge::Event& event : std::exchange(untold_, {})) {
+        webView_.dispatchOrElse(event, [weak = weak_from_this(), event] {
+            const auto self = weak.lock();
+            if (!self || !self->untoldPatience_.isActive()) return;
+            self->untold_.push_back(event);
+            self->untoldRetry_ = MainLoopTimer(untoldPause, [controller = self.get()] { controller->tellUntold(); });
+        });
+    }
 }
 
 void MainWindowController::committed() {
@@ -123,6 +166,7 @@ void MainWindowController::pageSupportsShell() {
     shellPatience_.reset();
     shell_ = ShellSupport::yes;
     manager_.pagesSupportShell();
+    tellUntold();
     if (!window_) return;
     window_->updateChrome();
     sendFullscreen(window_->isFullScreen());

@@ -9,6 +9,7 @@
 #include <ParvelaKit/Url.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -52,11 +53,19 @@ public:
     /// The page in the view, or the one that it will load; none for a view that stays empty.
     std::optional<Url> currentURL() const;
 
+    /// Finds out whether the tab may be closed. `answer` is called once, at once or later, unless the tab goes before.
+    void askToClose(std::function<void(bool mayClose)> answer);
+    /// The tab is closed without a question.
+    void agreeToClose() { browser_.closing().agree(); }
+
     /// Some page has appeared in the view.
     bool hasCommitted() const noexcept { return hasCommitted_; }
 
     /// Opens a page of the web app: the page's own router when it takes the path, else a load.
     void openPath(std::string_view pathAndQuery);
+
+    /// Sends the event to the page. While there is none yet, it waits for one that takes it, up to half a minute.
+    void tell(NativeBridge::Event event);
 
     /// The page posted `shell`: it draws the window's title bar area by itself.
     void pageSupportsShell();
@@ -85,9 +94,9 @@ public:
 private:
     enum class ShellSupport { unknown, yes, no };
 
+    void tellUntold();
     void committed();
     void finished();
-    void showNow(const Url& url);
 
     WindowManager& manager_;
     std::shared_ptr<AppModel> model_;
@@ -96,11 +105,15 @@ private:
     MainWindow* window_ = nullptr;
     std::vector<Connection> connections_;
     MainLoopTimer shellPatience_;
+    std::vector<NativeBridge::Event> untold_;
+    MainLoopTimer untoldPatience_;
+    MainLoopTimer untoldRetry_;
     std::optional<Url> pending_;    ///< to load when shown
     std::optional<Url> requested_;  ///< loading now or next
     std::int64_t loadedServerRevision_ = 0;
     std::vector<BoardRef> boards_;
     bool hasCommitted_ = false;
+    const bool isPagesOwn_;  ///< opened by a page, which may close it too
     ShellSupport shell_ = ShellSupport::unknown;
     std::optional<NativeBridge::Titlebar> sentTitlebar_;
     Subscription serverChanged_;

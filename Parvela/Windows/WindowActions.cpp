@@ -129,6 +129,17 @@ void WindowActions::addForWindow() {
     add("performMiniaturize", [this](Tab&) { gtk_window_minimize(window_.get()); });
     add("performZoom", [this](Tab&) { window_.toggleMaximized(); });
     add("toggleFullScreen", [this](Tab&) { window_.toggleFullScreen(); });
+    add("selectNextTab", [this](Tab&) { window_.selectNext(); });
+    add("selectPreviousTab", [this](Tab&) { window_.selectPrevious(); });
+    const auto addForTabMenu = [this](const char* name, auto operation) {
+        add(name, [this, operation](Tab&) {
+            if (auto* const tab = window_.tabOfMenu()) operation(*tab);
+        });
+    };
+    addForTabMenu("reloadTab", [](Tab& tab) { tab.reload(Tab::Cache::use); });
+    addForTabMenu("moveTabToNewWindow", [this](Tab& tab) { window_.moveToNewWindow(tab); });
+    addForTabMenu("closeOtherTabs", [this](Tab& tab) { window_.closeOthers(tab); });
+    addForTabMenu("closeTab", [this](Tab& tab) { window_.closeTab(tab); });
     add("showMenu", [this](Tab&) { window_.showMenu(); });
     add("findInPage", [this](Tab&) { window_.showFindBar(); });
 }
@@ -193,6 +204,10 @@ void WindowActions::update() {
                 g_action_map_lookup_action(G_ACTION_MAP(window_.get()), std::string(item.action).c_str());
             if (action) g_simple_action_set_enabled(G_SIMPLE_ACTION(action), menuTable::isEnabled(item.needs, now));
         }
+    }
+    for (const char* const name : {"selectNextTab", "selectPreviousTab", "moveTabToNewWindow", "closeOtherTabs"}) {
+        GAction* const action = g_action_map_lookup_action(G_ACTION_MAP(window_.get()), name);
+        g_simple_action_set_enabled(G_SIMPLE_ACTION(action), adw_tab_view_get_n_pages(window_.tabView()) > 1);
     }
     GAction* const view = g_action_map_lookup_action(G_ACTION_MAP(window_.get()), "setBoardView");
     const auto* const tab = window_.selected();

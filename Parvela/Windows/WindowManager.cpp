@@ -1,6 +1,6 @@
 #include "Windows/WindowManager.h"
 
-#include "Windows/MainWindow.h"
+#include "Windows/ClosingTabs.h"
 #include "Windows/MainWindowController.h"
 
 #include <ParvelaKit/ContentFilter.h>
@@ -13,19 +13,28 @@ namespace parvela {
 namespace {
 
 constexpr std::chrono::milliseconds saveDelay{500};
+/// Reading the dictionaries takes as long as building a window, and nobody types before there is a page.
+constexpr std::chrono::milliseconds spellingDelay{1500};
+/// A change that is followed by others all the time is saved after this.
+constexpr gint64 longestSaveDelay = 10 * G_TIME_SPAN_SECOND;
 
 }  // namespace
 
 WindowManager::WindowManager(GtkApplication* application, std::shared_ptr<AppModel> model, DesktopServices& desktop,
-                             std::shared_ptr<NotificationCentre> notifications, std::shared_ptr<const Clock> clock,
-                             const XdgPaths& paths)
+                             const std::shared_ptr<NotificationCentre>& notifications,
+                             std::shared_ptr<const Clock> clock, const XdgPaths& paths)
     : application_(application),
       model_(std::move(model)),
       desktop_(desktop),
       clock_(std::move(clock)),
       web_(paths),
       bridge_(model_, *this),
-      downloads_(web_.session(), paths.downloads) {
+      downloads_(web_.session(), paths.downloads),
+      lostDrops_([this] {
+          return std::ranges::any_of(windows_, [](const auto& window) {
+              return adw_tab_view_get_is_transferring_page(window->tabView()) != FALSE;
+          });
+      }) {
     downloads_.rowsFor = [this](WebKitWebView* view) {
         const auto* const tab = view ? controllerOf(GTK_WIDGET(view)) : nullptr;
         const MainWindow* const window = tab && tab->window() ? tab->window() : frontWindow();
@@ -36,6 +45,7 @@ WindowManager::WindowManager(GtkApplication* application, std::shared_ptr<AppMod
         auto* const tab = view ? controllerOf(GTK_WIDGET(view)) : nullptr;
         if (tab && !tab->hasCommitted()) closeSoon(*tab);
     };
+    spelling_ = MainLoopTimer(spellingDelay, [this] { web_.setSpellChecking(SpellChecking::from(preferences())); });
     web_.setContentFilter(contentFilterRules(model_->server.get()));
     serverChanged_ = model_->server.observe(
         [this](const ServerConfig& server) { web_.setContentFilter(contentFilterRules(server)); });
@@ -44,8 +54,10 @@ WindowManager::WindowManager(GtkApplication* application, std::shared_ptr<AppMod
                                          [this](WebKitWebContext*) { tellNotificationPermissions(); });
     stopTimer_ = notifications->stopTimer.observe([this] {
         const auto& timer = model_->timer.get();
-        auto* const tab = frontController();
-        if (timer && tab) tab->webView().dispatch(NativeBridge::StopTimer{timer->taskKey});
+        if (!timer) return;
+        // Only a page can stop it.
+        if (!frontController()) showMainWindow();
+        if (auto* const tab = frontController()) tab->tell(NativeBridge::StopTimer{timer->taskKey});
     });
 }
 
@@ -102,8 +114,11 @@ MainWindow& WindowManager::openWindow(std::optional<Url> url) {
     auto frame = newWindowFrame(preferences());
     // Windows that cover each other exactly look like one.
     if (frame && !windows_.empty()) frame = WindowFrame{frame->x + 32, frame->y + 32, frame->width, frame->height};
+    // The page's process starts while the window is built.
+    MainWindowController& tab = makeController(nullptr);
+    tab.load(std::move(url).value_or(model_->server.get().appURL));
     MainWindow& window = makeWindow(frame);
-    openTab(&window, std::move(url));
+    window.append(tab, MainWindow::Selection::select);
     window.present();
     return window;
 }
@@ -130,19 +145,25 @@ void WindowManager::openPending() {
 }
 
 void WindowManager::openGroup(const WindowState::Group& group) {
-    MainWindow& window = makeWindow(WindowFrame::parse(group.frame));
     std::vector<Url> urls;
     for (const std::string& text : group.tabs) urls.push_back(Url::parse(text).value_or(model_->server.get().appURL));
     if (urls.empty()) urls.push_back(model_->server.get().appURL);
-    MainWindowController* selected = nullptr;
+    const std::size_t selectedIndex =
+        std::cmp_less(group.selected, urls.size()) && group.selected > 0 ? static_cast<std::size_t>(group.selected) : 0;
+    // The page's process starts while the window and the other tabs are built.
+    MainWindowController& selected = makeController(nullptr);
+    selected.load(urls[selectedIndex]);
+    MainWindow& window = makeWindow(WindowFrame::parse(group.frame));
     for (std::size_t index = 0; index < urls.size(); ++index) {
+        if (index == selectedIndex) {
+            window.append(selected, MainWindow::Selection::keep);
+            continue;
+        }
         MainWindowController& tab = makeController(nullptr);
         tab.loadWhenShown(urls[index]);
         window.append(tab, MainWindow::Selection::keep);
-        if (!selected || static_cast<std::int64_t>(index) == group.selected) selected = &tab;
     }
-    window.select(*selected);
-    selected->shown();
+    window.select(selected);
     if (group.maximized) gtk_window_maximize(window.get());
     window.present();
     if (group.miniaturized) gtk_window_minimize(window.get());
@@ -158,8 +179,21 @@ void WindowManager::saveNow() {
 }
 
 void WindowManager::scheduleSave() {
-    if (restoring_ || save_.isActive()) return;
+    if (restoring_) return;
+    const gint64 now = g_get_monotonic_time();
+    if (!save_.isActive()) saveWantedAt_ = now;
+    if (save_.isActive() && now - saveWantedAt_ >= longestSaveDelay) return;
     save_ = MainLoopTimer(saveDelay, [this] { saveNow(); });
+}
+
+void WindowManager::askToCloseAll(std::function<void()> agreed) {
+    if (std::exchange(isAsking_, true)) return;
+    std::vector<MainWindowController*> tabs;
+    for (const auto& controller : controllers_) tabs.push_back(controller.get());
+    ClosingTabs::ask(tabs, [this, agreed = std::move(agreed)](bool mayClose) {
+        isAsking_ = false;
+        if (mayClose) agreed();
+    });
 }
 
 void WindowManager::newTask(MainWindowController& tab) {
@@ -174,6 +208,11 @@ void WindowManager::newTask(MainWindowController& tab) {
 
 void WindowManager::setZoom(MainWindowController& tab, double zoom) {
     tab.setZoom(zoom);
+    preferences().setPageZoom(zoom);
+}
+
+void WindowManager::setZoomEverywhere(double zoom) {
+    for (const auto& controller : controllers_) controller->setZoom(zoom);
     preferences().setPageZoom(zoom);
 }
 
@@ -271,8 +310,8 @@ void WindowManager::tabClosed(MainWindowController& controller) {
     forget(controller);
 }
 
-MainWindow& WindowManager::windowForTornTab() {
-    MainWindow& window = makeWindow(std::nullopt);
+MainWindow& WindowManager::windowForTab(const MainWindow& source, MainWindow::Beside place) {
+    MainWindow& window = makeWindow(source.frameBeside(place));
     window.present();
     return window;
 }
@@ -280,7 +319,9 @@ MainWindow& WindowManager::windowForTornTab() {
 void WindowManager::closeSoon(MainWindowController& controller) {
     runSoon([weak = controller.weak_from_this()] {
         const auto tab = weak.lock();
-        if (tab && tab->window()) tab->window()->closeTab(*tab);
+        if (!tab || !tab->window()) return;
+        tab->agreeToClose();
+        tab->window()->closeTab(*tab);
     });
 }
 

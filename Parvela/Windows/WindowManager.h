@@ -1,10 +1,13 @@
 #pragma once
 
 #include "Model/AppModel.h"
+#include "Support/WindowActivation.h"
 #include "Web/Downloads.h"
 #include "Web/PaintWatch.h"
 #include "Web/WebBridge.h"
 #include "Web/WebEnvironment.h"
+#include "Windows/LostTabDrops.h"
+#include "Windows/MainWindow.h"
 
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/Url.h>
@@ -23,14 +26,13 @@
 namespace parvela {
 
 class DesktopServices;
-class MainWindow;
 class MainWindowController;
 
 /// Owns all main windows and their tabs, and what their web views share. Remembers which window was active last.
 class WindowManager {
 public:
     WindowManager(GtkApplication* application, std::shared_ptr<AppModel> model, DesktopServices& desktop,
-                  std::shared_ptr<NotificationCentre> notifications, std::shared_ptr<const Clock> clock,
+                  const std::shared_ptr<NotificationCentre>& notifications, std::shared_ptr<const Clock> clock,
                   const XdgPaths& paths);
     WindowManager(const WindowManager&) = delete;
     WindowManager& operator=(const WindowManager&) = delete;
@@ -40,6 +42,8 @@ public:
     Downloads& downloads() noexcept { return downloads_; }
     WebBridge& bridge() noexcept { return bridge_; }
     DesktopServices& desktop() noexcept { return desktop_; }
+    /// Where surfaces outside the windows say that the user wants to see one.
+    WindowActivation& activation() noexcept { return activation_; }
     const Preferences& preferences() const { return model_->session.prefs(); }
     const std::shared_ptr<const Clock>& clock() const noexcept { return clock_; }
 
@@ -86,6 +90,8 @@ public:
     std::function<void()> onQuickAdd;
     /// Applies a zoom and remembers it for new windows.
     void setZoom(MainWindowController& tab, double zoom);
+    /// The same for every tab.
+    void setZoomEverywhere(double zoom);
 
     /// This tab waits for a sign-in that goes on in the browser; it takes the place of any other.
     void waitForSignIn(MainWindowController& tab);
@@ -96,11 +102,16 @@ public:
     std::function<void()> onBoardsChanged;
     /// Called when a page has loaded in front of the user and is not drawn. Not set: nobody watches.
     std::function<void()> onNothingDrawn;
+    /// A page wants to show a notification.
+    std::function<void(MainWindowController& tab, WebKitNotification* notification)> onPageNotification;
     /// Called after the last window has gone.
     std::function<void()> onLastWindowClosed;
 
-    /// Saves the windows and tabs soon; many calls in a row save once.
+    /// Saves the windows and tabs soon, once for a burst of calls.
     void scheduleSave();
+    /// Asks all pages whether they may be closed, as far as they have something to lose. `agreed` is called when all
+    /// may.
+    void askToCloseAll(std::function<void()> agreed);
     void saveNow();
 
     // From the windows.
@@ -109,7 +120,8 @@ public:
     void windowCloses(MainWindow& window);
     void windowEmptied(MainWindow& window);
     void tabClosed(MainWindowController& controller);
-    MainWindow& windowForTornTab();
+    /// A window for a tab that leaves `source`.
+    MainWindow& windowForTab(const MainWindow& source, MainWindow::Beside place);
     /// Closes a tab once the engine's callbacks have returned.
     void closeSoon(MainWindowController& controller);
 
@@ -126,10 +138,12 @@ private:
     GtkApplication* application_;
     std::shared_ptr<AppModel> model_;
     DesktopServices& desktop_;
+    WindowActivation activation_;
     std::shared_ptr<const Clock> clock_;
     WebEnvironment web_;
     WebBridge bridge_;
     Downloads downloads_;
+    LostTabDrops lostDrops_;
     std::optional<std::string> deviceId_;
     std::string deviceName_;
     std::vector<std::shared_ptr<MainWindowController>> controllers_;
@@ -141,6 +155,9 @@ private:
     std::weak_ptr<MainWindowController> waitsForSignIn_;
     GMenuModel* menu_ = nullptr;
     MainLoopTimer save_;
+    MainLoopTimer spelling_;
+    gint64 saveWantedAt_ = 0;  ///< g_get_monotonic_time() of the first change that is not saved yet
+    bool isAsking_ = false;
     std::unique_ptr<PaintWatch> paintWatch_;
     Connection notificationPermissions_;
     Subscription stopTimer_;

@@ -30,6 +30,8 @@ namespace parvela {
 namespace {
 
 constexpr int kills = 1000;
+constexpr int mostKills = 4 * kills;  // a busy machine lets few programs get to work before they are killed
+constexpr std::size_t enoughLines = kills / 2;
 constexpr std::size_t mostLines = 200'000;
 
 /// What outlives the killed programs: the service's view, the users' view and the time.
@@ -238,7 +240,8 @@ private:
     OfflineQueue queue_;
 };
 
-/// The system kills this process, as by "kill -9", after so much time.
+/// The system kills this process, as by "kill -9", after so much time. Less than a program waits for a database that
+/// another one holds: a line that can't be kept is promised to nobody.
 void killMyselfAfter(std::chrono::microseconds time) {
     sigevent event{};
     event.sigev_notify = SIGEV_SIGNAL;
@@ -275,7 +278,8 @@ TEST(QueueKill, losesNoLineAndRepeatsOnlyThoseWhoseAnswerWasLost) {
         ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "a program ended by itself: " << status;
         world.senders[slot].requests = 0;
     };
-    for (int killed = 0; killed < kills;) {
+    int killed = 0;
+    while (killed < kills || (world.lines < enoughLines && killed < mostKills)) {
         const bool inPairs = killed % 5 == 0;
         const pid_t first = start(0);
         const pid_t second = inPairs ? start(1) : 0;
@@ -303,8 +307,8 @@ TEST(QueueKill, losesNoLineAndRepeatsOnlyThoseWhoseAnswerWasLost) {
     }
     EXPECT_EQ(world.repeatedAfterAnswer, 0);
     EXPECT_EQ(world.sentSideBySide, 0);
-    EXPECT_GT(lines, kills / 2) << "the programs hardly got to work";
-    std::printf("%d kills, %d lines, %d lost answers, %d tasks added again for them\n", kills, lines, lostAnswers,
+    EXPECT_GE(world.lines, enoughLines) << "the programs hardly got to work";
+    std::printf("%d kills, %d lines, %d lost answers, %d tasks added again for them\n", killed, lines, lostAnswers,
                 twice);
 
     std::filesystem::remove_all(folder);

@@ -79,6 +79,7 @@ TEST_F(AppModelTest, readsServerTokenAndDefaultBoardAtTheStart) {
     const auto model = makeLinkedModel();
     EXPECT_EQ(model->server.get(), ServerConfig::local());
     EXPECT_TRUE(model->hasToken.get());
+    EXPECT_TRUE(model->knowsCredentials.get());
     EXPECT_EQ(model->tokenHint.get(), "tk_se…");
     EXPECT_EQ(model->defaultBoardID.get(), "b7");
     EXPECT_EQ(makeModel()->serverRevision.get(), 0);
@@ -225,6 +226,25 @@ TEST_F(AppModelTest, aRefusedLinkChangesNothing) {
     EXPECT_FALSE(model->hasToken.get());
     EXPECT_EQ(pushSyncs, 0);
     EXPECT_THAT(secrets->secrets, IsEmpty());
+}
+
+TEST_F(AppModelTest, aPastedTokenTakesTheOldOnesPlace) {
+    const auto model = makeLinkedModel();
+    int announced = 0;
+    const auto subscription = notifications->linkChanged.observe([&announced] { ++announced; });
+    const auto refused = run(model->savePastedToken("no token"));
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(message(refused.error()), "That doesn't look like a Parvela token. It starts with tk_.");
+    EXPECT_EQ(announced, 0);
+
+    network.hold(boardsRoute);
+    network.hold(dueRoute);
+    ASSERT_TRUE(run(model->savePastedToken(" Bearer tk_pasted\n")));
+    EXPECT_EQ(secrets->secrets["app.parvela.token 127.0.0.1:3213"], "tk_pasted");
+    EXPECT_EQ(model->tokenHint.get(), "tk_pa…");
+    EXPECT_EQ(announced, 1);
+    EXPECT_EQ(pushSyncs, 1);
+    EXPECT_THAT(network.routes(), ElementsAre(boardsRoute, dueRoute));
 }
 
 TEST_F(AppModelTest, unlinkingForgetsEverythingEvenWhenTheServiceFails) {

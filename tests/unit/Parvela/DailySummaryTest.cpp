@@ -154,6 +154,38 @@ TEST_F(DailySummarySchedulerTest, aClockSetBackDoesNotSendBeforeTheSlot) {
     EXPECT_EQ(alarm, start + 30min);
 }
 
+TEST_F(DailySummarySchedulerTest, aClockSetToOtherDaysAndBackSendsEachDayOnce) {
+    prefs.setDailySummaryMinutes(8 * 60);
+    for (const auto days : {0, -1, 1, -2, 2, 0}) {
+        clock->time = start + days * 24h;
+        network.answer(dueRoute, 200, R"({"tasks":[]})");
+        makeScheduler()->reschedule();  // what was sent is known after a new launch too
+    }
+    EXPECT_THAT(posted(),
+                ElementsAre("daily-summary-2026-06-10", "daily-summary-2026-06-09", "daily-summary-2026-06-11",
+                            "daily-summary-2026-06-08", "daily-summary-2026-06-12"));
+}
+
+TEST_F(DailySummarySchedulerTest, aYearOfDaysLeavesASmallNote) {
+    for (int day = 0; day < 365; ++day) {
+        clock->time = start + day * 24h + 1h;
+        expectFetch();
+        scheduler->reschedule();
+    }
+    EXPECT_EQ(notifier->posted.size(), 365U);
+    EXPECT_LT(prefs.dailySummaryDaysSent()->size(), 200U);
+}
+
+TEST_F(DailySummarySchedulerTest, aTimeOutsideTheDayIsTakenForItsEdge) {
+    prefs.setDailySummaryMinutes(100'000);
+    scheduler->reschedule();
+    EXPECT_EQ(alarm, start + 15h - 1min);
+    prefs.setDailySummaryMinutes(-1);
+    expectFetch();
+    scheduler->reschedule();
+    EXPECT_EQ(alarm, start + 15h);
+}
+
 TEST_F(DailySummarySchedulerTest, switchedOffOrNotLinkedNothingIsSent) {
     prefs.setDailySummaryMinutes(8 * 60);
     prefs.setDailySummaryEnabled(false);
@@ -167,11 +199,19 @@ TEST_F(DailySummarySchedulerTest, switchedOffOrNotLinkedNothingIsSent) {
 
 TEST_F(DailySummarySchedulerTest, aRequestedSummaryIsSentEveryTime) {
     prefs.setDailySummaryEnabled(false);
+    using Outcome = DailySummaryScheduler::Outcome;
+    const auto request = [this] { return scheduler->send(DailySummaryScheduler::Occasion::requested).result(); };
     for (int i = 0; i < 2; ++i) {
         expectFetch();
-        EXPECT_TRUE(scheduler->send(DailySummaryScheduler::Occasion::requested).done());
+        EXPECT_EQ(request().kind, Outcome::Case::sent);
     }
     EXPECT_EQ(notifier->posted.size(), 2U);
+    network.fail(dueRoute, TransportError::unreachable);
+    const auto failed = request();
+    EXPECT_EQ(failed.kind, Outcome::Case::failed);
+    EXPECT_NE(failed.problem, "");
+    secrets->secrets.clear();
+    EXPECT_EQ(request().kind, Outcome::Case::notLinked);
 }
 
 }  // namespace
