@@ -70,8 +70,8 @@ class Tasks(CommandCase):
              "“2026-02-30” is not a date. Use YYYY-MM-DD, or words such as “tomorrow” or “next friday”."),
             (["add", "x", "--due", "tomorrow 9am"],
              "“tomorrow 9am” is not a date. Use YYYY-MM-DD, or words such as “tomorrow” or “next friday”."),
-            (["add", "x", "--priority", "huge"], "“huge” is not a priority. Use none, low, medium, high or urgent."),
-            (["add", "x", "--board", "Nowhere"], "There is no board “Nowhere”. “parvela boards” lists them."),
+            (["add", "x", "--priority", "huge"], "“huge” is not a priority. Use low, medium, high or urgent."),
+            (["add", "x", "--board", "Nowhere"], "There is no board “Nowhere”."),
             (["add", "x", "--board", "work"], "Several boards are called “work”. Name one by its id: b2, b4."),
         ]
         for arguments, message in cases:
@@ -93,7 +93,7 @@ class Tasks(CommandCase):
 
     def test_no_board_to_add_to(self):
         self.service.answers["GET", "/boards"] = (200, boards())
-        self.assert_says(self.parvela("add", "x"), 1, err="parvela: Pick a default board in Settings first.")
+        self.assert_says(self.parvela("add", "x"), 1, err="parvela: Pick a default board in Parvela Settings first.")
 
     def test_due_shows_open_tasks_only(self):
         self.assert_says(self.parvela("due"), 0, "Nothing due today.")
@@ -123,6 +123,14 @@ class Tasks(CommandCase):
         answer = json.loads(self.parvela("add", "Call Sam every monday", "--json").stdout)
         self.assertEqual(answer["task"]["key"], "TSK-42")
         self.assertIn("Repeat rules", answer["note"])
+
+    def test_a_completed_task_as_json(self):
+        self.service.answers["GET", "/tasks/TSK-42"] = (200, task())
+        self.service.answers["PATCH", "/tasks/TSK-42"] = (200, task(done=True))
+        answer = json.loads(self.parvela("complete", " TSK-42 ", "--json").stdout)
+        self.assertEqual((answer["task"]["key"], answer["task"]["done"]), ("TSK-42", True))
+        for key in ("", " "):
+            self.assert_says(self.parvela("complete", key), 2, err="parvela: Which task? (like TSK-42)")
 
 
 class Offline(CommandCase):

@@ -6,7 +6,7 @@ import unittest
 
 from harness import programs
 from harness.waiting import wait_until
-from support import CommandCase, TOKEN
+from support import CommandCase, task, TOKEN
 
 DESKTOP = """#!/bin/sh
 # Stands for the windows program: keeps what it was asked for.
@@ -24,9 +24,10 @@ def say(text):
     print(text, flush=True)
 application.connect("activate", lambda _: say("ready"))
 application.connect("open", lambda _, files, *__: [say("open " + file.get_uri()) for file in files])
-action = Gio.SimpleAction(name="reload-settings")
-action.connect("activate", lambda *_: say("reload"))
-application.add_action(action)
+for name in ("reload-settings", "showQuickAdd"):
+    action = Gio.SimpleAction(name=name)
+    action.connect("activate", lambda which, _: say(which.get_name()))
+    application.add_action(action)
 application.run([])
 """
 
@@ -72,18 +73,34 @@ class WindowCase(CommandCase):
 
 
 class Window(WindowCase):
+    def setUp(self):
+        super().setUp()
+        self.write_settings(ParvelaAppURL="https://app.parvela.test")
+        for key in ("TSK-42", "TSK-42%20&%20more"):
+            self.service.answers["GET", f"/tasks/{key}"] = (200, task(url="/t/TSK-42"))
+        self.service.answers["GET", "/tasks/TSK-7"] = (404, {})
+
+    def test_a_task_is_opened_when_the_service_knows_it(self):
+        self.assertEqual(self.parvela("open", "TSK-42").returncode, 3)
+        self.link()
+        self.addCleanup(self.parvela, "unlink")
+        self.assert_says(self.parvela("open", "TSK-7"), 1, err="parvela: Not found.")
+        self.assertEqual(self.started(), [])
+        self.assert_says(self.parvela("open", "TSK-42"), 0, "Open TSK-42")
+        self.assertEqual(self.started(), ["1", "https://app.parvela.test/t/TSK-42"])
+
     def test_without_a_command_the_window_opens(self):
         for arguments, passed in (([], []), (["--background"], ["--background"]),
                                   (["parvela://quick-add", "https://example.org/a?b=c d".replace(" ", "%20")],
                                    ["parvela://quick-add", "https://example.org/a?b=c%20d"]),
-                                  (["open", "TSK-42"], ["parvela://task?key=TSK-42"])):
+                                  (["quick-add"], ["--background", "parvela://quick-add"])):
             with self.subTest(arguments):
                 (self.session.home / "started").unlink(missing_ok=True)
                 self.assert_says(self.parvela(*arguments), 0)
                 self.assertEqual(self.started(), [str(len(passed)), *passed])
 
     def test_what_is_neither_a_command_nor_a_url_opens_nothing(self):
-        for arguments in (["ad"], ["relative/path"], ["--demo"], ["open", " "], ["due", "extra"], ["due", "--", "extra"], ["add"]):
+        for arguments in (["ad"], ["relative/path"], ["--demo"], ["due", "extra"], ["due", "--", "extra"], ["add"]):
             with self.subTest(arguments):
                 run = self.parvela(*arguments)
                 self.assertEqual((run.returncode, run.stdout), (2, ""))
@@ -99,11 +116,12 @@ class Window(WindowCase):
         running = self.session.start(self.bin / "running")
         self.addCleanup(running.stop)
         wait_until(lambda: "ready" in running.output(), "the running program")
-        self.assert_says(self.parvela("open", " TSK-42 & more"), 0, "Open TSK-42 & more")
         self.assertEqual(self.parvela("link-token", stdin=TOKEN).returncode, 0)
+        self.assert_says(self.parvela("open", " TSK-42 & more"), 0, "Open TSK-42 & more")
         self.assertEqual(self.parvela("unlink").returncode, 0)
-        wait_until(lambda: running.output().split("\n") == ["ready", "open parvela://task?key=TSK-42%20%26%20more", "reload", "reload", ""],
-                   "what it was told")
+        self.assert_says(self.parvela("quick-add"), 0)
+        told = ["ready", "reload-settings", "open https://app.parvela.test/t/TSK-42", "reload-settings", "showQuickAdd", ""]
+        wait_until(lambda: running.output().split("\n") == told, "what it was told")
         self.assertEqual(self.started(), [])
 
 

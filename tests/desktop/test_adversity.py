@@ -1,9 +1,13 @@
 """The application on a desktop that lacks something, or with a service that does not answer."""
 
-from harness import windows
+import os
+import pathlib
+import signal
+
+from harness import processes, windows
 from harness.case import DesktopTest
 from harness.session import Keyring
-from harness.waiting import stays_true
+from harness.waiting import stays_true, wait_until
 
 
 class UnreachableService(DesktopTest):
@@ -47,3 +51,43 @@ class LockedKeyring(DesktopTest):
         page.wait_for_text("Sign in to Parvela")
         stays_true(lambda: all("parvela" in str(window.wm_class).lower() for window in windows.windows(self.session)),
                    "only Parvela's own windows are there", duration=1.5)
+
+
+class LostParts(DesktopTest):
+    def web_processes(self):
+        return {pid for pid in processes.descendants(f"PARVELA_SESSION={self.session.root}")
+                if "WebKitWebProcess" in pathlib.Path(f"/proc/{pid}/cmdline").read_text(encoding="utf-8").split("\0")[0]}
+
+    def end_page(self):
+        """Kills what shows the page, as a fault in it would."""
+        gone = self.web_processes()
+        for pid in gone:
+            os.kill(pid, signal.SIGKILL)
+        return gone
+
+    def test_a_page_that_dies_comes_back_and_one_that_keeps_dying_is_left_alone(self):
+        self.use_service()
+        self.use_application()
+        self.app.start()
+        self.app.wait_for_window(lambda one: one.title.startswith("Sign in"), "the page")
+        for _ in range(2):
+            gone = self.end_page()
+            wait_until(lambda: self.web_processes() - gone, "a new process for the page")
+            self.app.page(self.service.web_url).wait_for_text("Sign in to Parvela")
+        gone = self.end_page()
+        wait_until(lambda: self.web_processes() - gone, "a new process for the error page")
+        page = self.app.page()
+        page.wait_for_text("The page stopped working several times in a row.")
+        page.press("Try again")
+        page.wait_for_text("Sign in to Parvela")
+
+    def test_windows_and_pages_outlive_the_session_bus(self):
+        page = self.start_linked()
+        page.wait_for_path("/home")
+        window = self.app.wait_for_window()
+        window.activate()
+        bus, = (process for process in self.session.programs("dbus-daemon"))
+        bus.stop()
+        windows.press(self.session, "ctrl+shift+i")
+        page.wait_for_path("/inbox")
+        stays_true(lambda: self.app.process.running(), "the application runs on")

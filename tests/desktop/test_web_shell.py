@@ -7,6 +7,7 @@ import urllib.parse
 from harness import windows
 from harness.case import DesktopTest
 from harness.page import PageError
+from harness.session import WindowManager
 from harness.waiting import stays_true, wait_until
 
 
@@ -101,3 +102,84 @@ class SavedWindows(DesktopTest):
         self.assertEqual(1, len(self.app.windows()))
         self.assertEqual(urllib.parse.urlsplit(before[0]["tabs"][1]).path, "/inbox")
         wait_until(lambda: self.saved() == before, "the same windows and tabs")
+
+    def test_a_burst_of_moves_is_saved_once(self):
+        page = self.start_linked()
+        page.wait_for_path("/home")
+        window = self.app.wait_for_window()
+        window.activate()
+        frame = wait_until(lambda: self.saved() and self.saved()[0]["frame"], "the first saved frame")
+        stays_true(lambda: self.saved()[0]["frame"] == frame, "the window is at rest")
+        seen = [self.app.settings_file.stat().st_ino]  # every write is a new file
+
+        def note():
+            number = self.app.settings_file.stat().st_ino
+            if number != seen[-1]:
+                seen.append(number)
+            return number
+
+        for step in range(40):
+            self.session.run("xdotool", "windowmove", "--sync", window.id, 60 + 3 * step, 40 + step)
+            note()
+        wait_until(lambda: note() and self.saved()[0]["frame"].startswith("{{177, 79}"), "the last place to be saved")
+        stays_true(lambda: note(), "no further write", duration=1.2)
+        self.assertEqual(2, len(seen), "one write for all moves")
+
+
+class TornTabs(DesktopTest):
+    size = (1500, 1000)
+
+    def test_a_tab_moves_to_a_window_of_its_own_with_its_page(self):
+        page = self.start_linked()
+        window = self.app.wait_for_window()
+        window.activate()
+        windows.press(self.session, "ctrl+t")
+        wait_until(lambda: len(self.app.inspector.pages()) == 2, "the second tab")
+        windows.press(self.session, "ctrl+shift+i")
+        self.app.wait_for_window(lambda one: "Inbox" in one.title)
+        windows.press(self.session, "ctrl+Tab")
+        self.app.wait_for_window(lambda one: "Home" in one.title)
+        page.evaluate("window.draft = 'kept'")
+        # Dropped where there is nothing at all: this window manager has no desktop window.
+        left, top, _, height = window.geometry()
+        self.session.run("xdotool", "mousemove", left + 300, top + 70, "mousedown", 1)
+        for _ in range(12):
+            self.session.run("xdotool", "mousemove_relative", "--", 8, 12)
+        self.session.run("xdotool", "mousemove", left + 500, top + height + 40)
+        self.session.run("xdotool", "mousemove_relative", "--", 4, 4)
+        self.session.run("xdotool", "mouseup", 1)
+        wait_until(lambda: len(self.app.windows()) == 2, "a window for the tab")
+        self.assertEqual("kept", page.evaluate("window.draft"))
+        for one in self.app.windows():
+            x, y, width, tall = one.geometry()
+            self.assertTrue(x >= 0 and y >= 0 and x + width <= self.size[0] and y + tall <= self.size[1], one.geometry())
+
+
+class TitleBar(DesktopTest):
+    window_manager = WindowManager.openbox
+
+    def test_a_double_click_does_what_the_settings_say(self):
+        self.use_service()
+        self.use_application()
+        self.app.change_settings(AppleActionOnDoubleClick="Fill")
+        self.app.start()
+        page = self.app.page(self.service.web_url)
+        page.wait_for_text("Sign in to Parvela")
+        window = self.app.wait_for_window()
+        window.activate()
+
+        def seen():
+            """What a person sees of the window: without its shadow."""
+            x, y, width, height = window.geometry()
+            text = self.session.run("xprop", "-id", window.id, "_GTK_FRAME_EXTENTS").stdout.partition("=")[2]
+            left, right, top, bottom = (int(number) for number in text.split(",")) if text else (0, 0, 0, 0)
+            return x + left, y + top, width - left - right, height - top - bottom
+
+        windows.wait_until_painted(window)
+        before = seen()
+        double_click = "webkit.messageHandlers.parvela.postMessage({ type: 'titlebarDoubleClick' })"
+        page.evaluate(double_click)
+        wait_until(lambda: seen() == (0, 0, *self.size), "the window to fill the screen")
+        self.assertNotIn("_NET_WM_STATE_MAXIMIZED_VERT", window.states)
+        page.evaluate(double_click)
+        wait_until(lambda: seen() == before, "the window as it was")

@@ -1,0 +1,128 @@
+"""New versions: looked for at the start and on request, offered only when they are signed and newer."""
+
+import http.server
+import pathlib
+import subprocess
+import tempfile
+import threading
+
+from harness import programs, windows
+from harness.application import APP_ID
+from harness.case import DesktopTest
+from harness.waiting import stays_true, wait_until
+
+APPCAST = programs.ROOT / "packaging" / "appcast"
+PAGE = "https://parvela.example/download?from=app"
+
+
+class FeedServer:
+    """Serves a feed that can be changed, and counts who asks for it."""
+
+    def __init__(self):
+        self.feed = b""
+        self.requests = 0
+        owner = self
+
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_GET(self):
+                owner.requests += 1
+                self.send_response(200)
+                self.send_header("Content-Length", str(len(owner.feed)))
+                self.end_headers()
+                try:
+                    self.wfile.write(owner.feed)
+                except ConnectionError:
+                    self.close_connection = True  # an answer that is too large is not read to its end
+
+            def log_message(self, *_):
+                pass
+
+        self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        threading.Thread(target=self._server.serve_forever, daemon=True).start()
+        self.url = f"http://127.0.0.1:{self._server.server_port}/appcast.xml"
+
+    def close(self):
+        self._server.shutdown()
+        self._server.server_close()
+
+
+class Updates(DesktopTest):
+    def setUp(self):
+        super().setUp()
+        self.server = FeedServer()
+        self.addCleanup(self.server.close)
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.key = self.appcast("key", self.folder / "key.pem")
+        self.use_service()
+        self.use_application()
+
+    def appcast(self, *arguments):
+        return subprocess.run([APPCAST, *arguments], check=True, capture_output=True, text=True).stdout.strip()
+
+    def feed(self, version, notes="Boards open twice as fast.\n\n<b>Plain</b> text & nothing else.", key="key.pem"):
+        """A feed that offers one version, signed as a release is."""
+        (self.folder / "notes.txt").write_text(notes, encoding="utf-8")
+        if not (self.folder / key).exists():
+            self.appcast("key", self.folder / key)
+        feed = self.folder / f"{version}-{key}.xml"
+        self.appcast("add", feed, version, PAGE, self.folder / "notes.txt", self.folder / key)
+        return feed.read_bytes()
+
+    def start(self):
+        self.process = self.session.start(programs.path("parvela-desktop-updates"),
+                                          env={"PARVELA_TEST_FEED": self.server.url, "PARVELA_TEST_FEED_KEY": self.key})
+        window = self.app.wait_for_window()
+        windows.wait_until_painted(window)
+        return self.accessibility()
+
+    def ask(self):
+        path = "/" + APP_ID.replace(".", "/")
+        result = self.session.run("gdbus", "call", "--session", "--dest", APP_ID, "--object-path", path, "--method",
+                                  "org.gtk.Actions.Activate", "checkForUpdates", "[]", "{}")
+        self.assertEqual(0, result.returncode, result.stderr)
+
+    def test_a_new_version_is_offered_at_the_start_and_its_page_opens(self):
+        self.server.feed = self.feed("99.1")
+        tree = self.start()
+        tree.wait_for(contains="Parvela 99.1 is available")
+        notes = tree.wait_for(role="text", name="What is new")
+        self.assertIn("<b>Plain</b> text & nothing else.", notes.text())
+        windows.press(self.session, "Return")
+        wait_until(lambda: self.session.browser_urls() == [PAGE], "the download page in the browser")
+        self.assertTrue(self.process.running())
+
+        self.process.stop()
+        tree = self.start()
+        stays_true(lambda: self.server.requests == 1 and not tree.find(contains="is available"),
+                   "nothing is asked twice a day", duration=1)
+        self.ask()
+        tree.wait_for(role="push button", contains="Skip This Version").press()
+        wait_until(lambda: self.app.settings().get("skippedUpdate") == "99.1", "the choice in the settings")
+
+    def test_what_is_not_signed_or_not_newer_is_never_offered(self):
+        signed = self.feed("99.1")
+        self.server.feed = signed.replace(b"99.1", b"99.2")
+        tree = self.start()
+        wait_until(lambda: self.server.requests == 1, "the check at the start")
+        stays_true(lambda: not tree.find(contains="updates"), "a failure at the start is silent", duration=1)
+        cases = [
+            ("altered", self.server.feed, "is not signed"),
+            ("unsigned", signed[:signed.rindex(b"<!--")], "is not signed"),
+            ("another key", self.feed("99.1", key="other.pem"), "is not signed"),
+            ("no feed", b"<html>Welcome to the network</html>", "is not signed"),
+            ("huge", signed + b" " * 2_000_000, "could not be read"),
+            ("older", self.feed("0.9"), "is the newest one"),
+        ]
+        for what, self.server.feed, answer in cases:
+            with self.subTest(what):
+                self.ask()
+                tree.wait_for(contains=answer)
+                self.assertIsNone(tree.find(contains="is available"))
+                windows.press(self.session, "Return")
+                wait_until(lambda: not tree.find(contains=answer), "the answer to be gone")
+        self.server.close()
+        self.ask()
+        tree.wait_for(contains="could not be reached")
+        self.assertEqual([], self.session.browser_urls())
