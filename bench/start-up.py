@@ -1,10 +1,11 @@
 #!/usr/bin/python3
 """Measures how long the application needs from its start to the first painted page, beside a bare WebKitGTK window.
 
-  bench/start-up.py [--build build/release] [--runs 9]
+  bench/start-up.py [--build build/release] [--runs 9] [--installed /usr]
 
 Both programs show the same page of a server in this script, in a private desktop session. The page says when it has painted:
 that moment counts. The runs alternate; the first pair warms the caches and does not count. Medians and their ratio are printed.
+With --installed the program of a package (installed, or unpacked with dpkg-deb -x) takes its turn too, beside that of the build.
 """
 
 import argparse
@@ -19,6 +20,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "tests" / "desktop"))
 
+from answering import Answering  # noqa: E402
 from harness.session import Session  # noqa: E402
 
 PAGE = b"""<!doctype html><meta charset="utf-8"><title>Start</title>
@@ -32,7 +34,7 @@ PAGE = b"""<!doctype html><meta charset="utf-8"><title>Start</title>
 """
 
 
-class Page(http.server.BaseHTTPRequestHandler):
+class Page(Answering):
     """Serves the page and takes its word that it has painted."""
 
     def do_GET(self):
@@ -42,16 +44,6 @@ class Page(http.server.BaseHTTPRequestHandler):
         self.server.painted_at = time.monotonic()
         self.server.painted.set()
         self.answer(b"", 204)
-
-    def answer(self, body, status):
-        self.send_response(status)
-        self.send_header("Content-Type", "text/html")
-        self.send_header("Content-Length", str(len(body)))
-        self.end_headers()
-        self.wfile.write(body)
-
-    def log_message(self, *_):
-        pass
 
 
 def time_to_paint(session, server, *command, patience=60):
@@ -72,6 +64,7 @@ def main():
     parser.add_argument("--build", default=str(ROOT / "build" / "release"), help="build tree (default build/release)")
     parser.add_argument("--runs", type=int, default=9, help="counted runs of each program (default 9)")
     parser.add_argument("--limit", type=float, default=1.15, help="the largest ratio that passes (default 1.15)")
+    parser.add_argument("--installed", help="prefix of an installed package, such as /usr")
     arguments = parser.parse_args()
     programs = pathlib.Path(arguments.build).resolve() / "bin"
 
@@ -82,19 +75,25 @@ def main():
 
     # Both draw the same way, whatever this machine has.
     drawing = {"GSK_RENDERER": "cairo", "WEBKIT_DISABLE_DMABUF_RENDERER": "1"}
-    bare, application = [], []
+    commands = {"bare window": [programs / "bare-window", url], "Parvela": [programs / "parvela-desktop"]}
+    if arguments.installed:
+        commands["installed"] = [pathlib.Path(arguments.installed).resolve() / "bin" / "parvela-desktop"]
+    seconds = {name: [] for name in commands}
     with Session(extra_env=drawing) as session:
         settings = session.config_home / "parvela"
         settings.mkdir(parents=True)
         (settings / "defaults.json").write_text(json.dumps({"serverMode": "custom", "customAppURL": url, "customAPIURL": url}),
                                                 encoding="utf-8")
         for run in range(arguments.runs + 1):
-            bare.append(time_to_paint(session, server, programs / "bare-window", url))
-            application.append(time_to_paint(session, server, programs / "parvela-desktop"))
-            note = "  (warming up)" if run == 0 else ""
-            print(f"bare window {bare[-1] * 1000:5.0f} ms   Parvela {application[-1] * 1000:5.0f} ms{note}", flush=True)
+            for name, command in commands.items():
+                seconds[name].append(time_to_paint(session, server, *command))
+            times = "   ".join(f"{name} {taken[-1] * 1000:5.0f} ms" for name, taken in seconds.items())
+            print(times + ("  (warming up)" if run == 0 else ""), flush=True)
 
-    bare_median, application_median = statistics.median(bare[1:]), statistics.median(application[1:])
+    medians = {name: statistics.median(taken[1:]) for name, taken in seconds.items()}
+    bare_median, application_median = medians["bare window"], medians["Parvela"]
+    if arguments.installed:
+        print(f"median: installed {medians['installed'] * 1000:.0f} ms, {medians['installed'] / application_median:.2f} of the build's")
     ratio = application_median / bare_median
     print(f"median: bare window {bare_median * 1000:.0f} ms, Parvela {application_median * 1000:.0f} ms, ratio {ratio:.2f} "
           f"(limit {arguments.limit})")
