@@ -35,27 +35,33 @@ PATIENCE = 5.0
 LINE_LENGTHS = (20, 100, 500)
 
 
+BOARDS = json.dumps({"workspace": {"id": "w", "name": "Workspace"}, "workspaces": [],
+                     "boards": [{"id": "b", "name": "Board", "private": False, "lists": []}]}).encode()
+BOARD = json.dumps({"id": "b", "name": "Board", "description": "", "icon": "", "private": False, "lists": [],
+                    "labels": [{"id": f"l{i}", "name": f"Label {i}", "tone": "blue"} for i in range(20)],
+                    "people": [{"id": f"p{i}", "name": f"Person {i}", "color": "#fff"} for i in range(50)],
+                    "open": 0, "done": 0, "overdue": 0}).encode()
+
+
+def due_tasks(count):
+    today = datetime.date.today().isoformat()
+    return json.dumps({"today": today, "tasks": [
+        {"id": f"t{i}", "key": f"TSK-{i}", "title": f"Task number {i} with a title of ordinary length", "board": "Board",
+         "board_id": "b", "list": "To do", "list_id": "l", "assignees": [], "priority": "none", "labels": [],
+         "due_date": today, "done": False} for i in range(count)]}).encode()
+
+
 class Service(http.server.BaseHTTPRequestHandler):
-    """As much of the service as the window asks for; `server.tasks` says how many are due."""
+    """As much of the service as the window asks for; `server.tasks` is the answer to what is due. Nothing is computed here: this
+    process also looks at the screen, and every opening of the window asks for everything anew."""
 
     protocol_version = "HTTP/1.1"
 
     def do_GET(self):
-        today = datetime.date.today().isoformat()
         if self.path.startswith("/api/v1/tasks"):
-            body = {"today": today, "tasks": [
-                {"id": f"t{i}", "key": f"TSK-{i}", "title": f"Task number {i} with a title of ordinary length", "board": "Board",
-                 "board_id": "b", "list": "To do", "list_id": "l", "assignees": [], "priority": "none", "labels": [],
-                 "due_date": today, "done": False} for i in range(self.server.tasks)]}
-        elif self.path.startswith("/api/v1/boards/"):
-            body = {"id": "b", "name": "Board", "description": "", "icon": "", "private": False, "lists": [],
-                    "labels": [{"id": f"l{i}", "name": f"Label {i}", "tone": "blue"} for i in range(20)],
-                    "people": [{"id": f"p{i}", "name": f"Person {i}", "color": "#fff"} for i in range(50)],
-                    "open": 0, "done": 0, "overdue": 0}
+            text = self.server.tasks
         else:
-            body = {"workspace": {"id": "w", "name": "Workspace"}, "workspaces": [],
-                    "boards": [{"id": "b", "name": "Board", "private": False, "lists": []}]}
-        text = json.dumps(body).encode()
+            text = BOARD if self.path.startswith("/api/v1/boards/") else BOARDS
         self.send_response(200)
         self.send_header("Content-Type", "application/json")
         self.send_header("Content-Length", str(len(text)))
@@ -131,7 +137,7 @@ class Run:
     """The program in a fresh session, with so many tasks due and a draft in its field."""
 
     def __init__(self, server, tasks, draft=""):
-        server.tasks = tasks
+        server.tasks = due_tasks(tasks)
         self.session = Session().__enter__()
         url = f"http://127.0.0.1:{server.server_port}"
         self.app = Application(self.session, url, url)

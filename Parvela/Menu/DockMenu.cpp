@@ -78,7 +78,10 @@ DockMenu::DockMenu(std::shared_ptr<AppModel> model, DockMenuActions actions)
     : model_(std::move(model)), actions_(std::move(actions)), menu_(objectPath) {
     menu_.onAboutToShow = [this] { refreshWhenOld(); };
     subscriptions_.push_back(model_->dueToday.observe([this](const auto&) { rebuildSoon(); }));
-    subscriptions_.push_back(model_->isLoadingDue.observe([this](bool) { rebuildSoon(); }));
+    subscriptions_.push_back(model_->isLoadingDue.observe([this](bool) {
+        // A list that is there stays while it is asked for again.
+        if (model_->dueToday.get().empty()) rebuildSoon();
+    }));
     subscriptions_.push_back(model_->boards.observe([this](const auto&) { rebuildSoon(); }));
     menu_.set(dockMenuEntries(*model_, actions_));
 }

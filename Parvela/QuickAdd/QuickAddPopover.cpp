@@ -8,6 +8,13 @@
 
 namespace parvela {
 
+namespace {
+
+/// A long list that arrives must not hold up the window that has just been called.
+constexpr std::chrono::milliseconds refreshDelay{50};
+
+}  // namespace
+
 QuickAddPopover::QuickAddPopover(GtkApplication* application, std::shared_ptr<AppModel> model,
                                  QuickAddPopoverActions actions)
     : model_(std::move(model)),
@@ -84,7 +91,7 @@ void QuickAddPopover::show(std::optional<PopoverAnchor> anchor, const std::optio
     queue_.setShown(QueueSection::Shown::yes);
     window_.present(anchor, activationToken);
     focusField();
-    model_->refreshAll().detach();
+    refresh_ = MainLoopTimer(refreshDelay, [this] { model_->refreshAll().detach(); });
 }
 
 void QuickAddPopover::hide() {

@@ -9,6 +9,7 @@
 #include "Support/WaitingLines.h"
 
 #include <ParvelaKit/GLibPtr.h>
+#include <Platform/MainLoop.h>
 
 #include <functional>
 #include <memory>
@@ -80,6 +81,7 @@ private:
     GtkWidget* content_;
     GtkWidget* linkPrompt_;
     std::vector<Connection> connections_;
+    MainLoopTimer refresh_;
     std::vector<Subscription> subscriptions_;
 };
 
