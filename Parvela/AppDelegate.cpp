@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "Support/EarlyApplication.h"
 #include "Support/InstalledFiles.h"
 #include "Support/RendererChoice.h"
 #include "Windows/MainWindow.h"
@@ -42,9 +43,8 @@ constexpr std::array<GOptionEntry, 5> options{{
 }  // namespace
 
 AppDelegate::AppDelegate(std::optional<UpdateFeed> updates)
-    : application_(Ref<AdwApplication>::adopt(ADW_APPLICATION(
-          g_object_new(ADW_TYPE_APPLICATION, "application-id", PARVELA_APP_ID, "flags", G_APPLICATION_HANDLES_OPEN,  //
-                       "resource-base-path", "/app/parvela/desktop", nullptr)))),
+    : application_(makeEarlyApplication(PARVELA_APP_ID, G_APPLICATION_HANDLES_OPEN, "/app/parvela/desktop",
+                                        [this] { willFinishLaunching(); })),
       paths_(XdgPaths::current()),
       defaults_(std::make_shared<JsonDefaultsStore>(
           JsonDefaultsStore::defaultFile(),
@@ -121,7 +121,7 @@ int AppDelegate::handleLocalOptions(GVariantDict* given) {
     return 0;
 }
 
-void AppDelegate::didFinishLaunching() {
+void AppDelegate::willFinishLaunching() {
     // The program ends when its owner says so, not when it happens to have no window.
     g_application_hold(G_APPLICATION(application_.get()));
     // Nor when the session's bus goes: the windows work without it.
@@ -130,14 +130,19 @@ void AppDelegate::didFinishLaunching() {
     }
     windows_ = std::make_unique<WindowManager>(GTK_APPLICATION(application_.get()), model_, desktop_, notifications_,
                                                clock_, paths_);
+    if (!drawsSafely()) windows_->onNothingDrawn = [this] { offerSafeRenderer(); };
     readDevice().detach();
+    const bool showsNothing = startsInBackground_ || AutomationHost::isService(G_APPLICATION(application_.get()));
+    windows_->prepare(showsNothing ? WindowManager::Show::later : WindowManager::Show::now);
+}
+
+void AppDelegate::didFinishLaunching() {
     windows_->onBoardsChanged = [this] {
         const auto* const tab = windows_->frontController();
         menu_->setBoards(tab ? tab->boards() : std::vector<BoardRef>{});
     };
     windows_->onLastWindowClosed = [this] { lastWindowClosed(); };
     windows_->downloads().notify = [this](const UserNotification& notification) { notify(notification); };
-    if (!drawsSafely()) windows_->onNothingDrawn = [this] { offerSafeRenderer(); };
     windows_->onQuickAdd = [this] { showQuickAdd(); };
     waitingLines_ =
         std::make_shared<WaitingLines>(model_, clock_, [this](const std::string& report) { showToast(report); });
@@ -161,8 +166,7 @@ void AppDelegate::didFinishLaunching() {
     startHotKey();
     presence_->startSummary();
     openAutomation();
-    const bool showsNothing = startsInBackground_ || AutomationHost::isService(G_APPLICATION(application_.get()));
-    windows_->restore(showsNothing ? WindowManager::Show::later : WindowManager::Show::now);
+    windows_->restore();
     linkChanged_ = notifications_->linkChanged.observe([this] { waitingLines_->renewClient().detach(); });
     readCredentials().detach();
     if (updates_) updates_->start();

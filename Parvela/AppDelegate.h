@@ -52,6 +52,8 @@ public:
 
 private:
     int handleLocalOptions(GVariantDict* options);
+    /// The toolkit has its display, and nothing more: what takes longest begins.
+    void willFinishLaunching();
     void didFinishLaunching();
     void activated();
     void opened(GFile** files, int count);

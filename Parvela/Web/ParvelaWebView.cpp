@@ -55,14 +55,19 @@ ParvelaWebView::ParvelaWebView(const WebEnvironment& environment, WebKitWebView*
     gtk_widget_set_hexpand(widget(), TRUE);
     gtk_widget_set_vexpand(widget(), TRUE);
 
+    // A view may be made before the style sheets are read.
+    realized_ = connect<void(GtkWidget*)>(widget(), "realize", [this](GtkWidget*) { followScheme(); });
+    watchPointer();
+    watchKeys();
+}
+
+void ParvelaWebView::followScheme() {
     showBackground();
     // The style sheet follows the change of scheme within the same turn of the loop.
     schemeChanged_ = connect<void(AdwStyleManager*, GParamSpec*)>(
         adw_style_manager_get_default(), "notify::dark", [this](AdwStyleManager*, GParamSpec*) {
             recolour_ = MainLoopTimer(std::chrono::milliseconds{0}, [this] { showBackground(); });
         });
-
-    watchPointer();
 }
 
 void ParvelaWebView::watchPointer() {
@@ -83,6 +88,17 @@ void ParvelaWebView::watchPointer() {
             if (dragWanted_) pointerMoved(x, y);
         });
     gtk_widget_add_controller(widget(), motion);
+}
+
+void ParvelaWebView::watchKeys() {
+    GtkEventController* const keys = gtk_event_controller_key_new();
+    gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
+    typed_ = connect<gboolean(GtkEventControllerKey*, guint, guint, GdkModifierType)>(
+        keys, "key-pressed", [this](GtkEventControllerKey*, guint, guint, GdkModifierType) {
+            if (const auto tell = std::exchange(onFirstKey, nullptr)) tell();
+            return gboolean{GDK_EVENT_PROPAGATE};
+        });
+    gtk_widget_add_controller(widget(), keys);
 }
 
 /// What is seen under and around the page.

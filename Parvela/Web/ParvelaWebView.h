@@ -53,18 +53,25 @@ public:
     /// must hold no raw pointer that may dangle.
     void dispatchOrElse(const NativeBridge::Event& event, std::function<void()> otherwise) const;
 
+    /// Called at the first key press in the page.
+    std::function<void()> onFirstKey;
+
 private:
     bool buttonIsHeld() const;
     void watchPointer();
+    void watchKeys();
     void pointerMoved(double x, double y);
     void moveWindow();
     void endPress();
+    void followScheme();
     void showBackground();
 
     Ref<WebKitWebView> view_;
     Connection pressed_;
     Connection moved_;
+    Connection typed_;
     bool dragWanted_ = false;
+    Connection realized_;
     Connection schemeChanged_;
     MainLoopTimer recolour_;
     std::optional<MouseDown> lastMouseDown_;

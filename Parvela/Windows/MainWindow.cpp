@@ -16,6 +16,18 @@
 
 namespace parvela {
 
+namespace {
+
+/// The widgets of a menu as long as ours take longer to build than the rest of the window.
+void fillWhenOpened(GtkMenuButton* button, GMenuModel* menu) {
+    const auto fill = [](GtkMenuButton* opened, gpointer model) {
+        if (!gtk_menu_button_get_menu_model(opened)) gtk_menu_button_set_menu_model(opened, G_MENU_MODEL(model));
+    };
+    gtk_menu_button_set_create_popup_func(button, fill, g_object_ref(menu), g_object_unref);
+}
+
+}  // namespace
+
 MainWindow::MainWindow(WindowManager& manager, GtkApplication* application, GMenuModel* menu) : manager_(manager) {
     const Interface interface("MainWindow.ui");
     window_ = Ref<AdwApplicationWindow>::ref(interface.get<AdwApplicationWindow>("window"));
@@ -27,7 +39,7 @@ MainWindow::MainWindow(WindowManager& manager, GtkApplication* application, GMen
     downloadRows_ = interface.get<GtkBox>("downloads");
     menuButton_ = interface.get<GtkMenuButton>("menuButton");
     clusterMenuButton_ = interface.get<GtkMenuButton>("clusterMenuButton");
-    for (GtkMenuButton* const button : {menuButton_, clusterMenuButton_}) gtk_menu_button_set_menu_model(button, menu);
+    for (GtkMenuButton* const button : {menuButton_, clusterMenuButton_}) fillWhenOpened(button, menu);
     buttons_ =
         std::make_unique<WindowButtons>(interface.get<GtkWidget>("cluster"), interface.get<GtkWidget>("controls"));
     actions_ = std::make_unique<WindowActions>(*this, manager_);

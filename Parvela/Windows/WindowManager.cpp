@@ -13,8 +13,6 @@ namespace parvela {
 namespace {
 
 constexpr std::chrono::milliseconds saveDelay{500};
-/// Reading the dictionaries takes as long as building a window, and nobody types before there is a page.
-constexpr std::chrono::milliseconds spellingDelay{1500};
 /// A change that is followed by others all the time is saved after this.
 constexpr gint64 longestSaveDelay = 10 * G_TIME_SPAN_SECOND;
 
@@ -45,7 +43,6 @@ WindowManager::WindowManager(GtkApplication* application, std::shared_ptr<AppMod
         auto* const tab = view ? controllerOf(GTK_WIDGET(view)) : nullptr;
         if (tab && !tab->hasCommitted()) closeSoon(*tab);
     };
-    spelling_ = MainLoopTimer(spellingDelay, [this] { web_.setSpellChecking(SpellChecking::from(preferences())); });
     web_.setContentFilter(contentFilterRules(model_->server.get()));
     serverChanged_ = model_->server.observe(
         [this](const ServerConfig& server) { web_.setContentFilter(contentFilterRules(server)); });
@@ -100,8 +97,17 @@ void WindowManager::rebuildNativeInfoScript() {
 MainWindowController& WindowManager::makeController(WebKitWebView* related) {
     MainWindowController& tab =
         *controllers_.emplace_back(std::make_shared<MainWindowController>(*this, model_, related));
+    tab.webView().onFirstKey = [this] { readDictionaries(); };
     if (onNothingDrawn && !paintWatch_) paintWatch_ = std::make_unique<PaintWatch>(tab.webView().get(), onNothingDrawn);
     return tab;
+}
+
+/// They take megabytes and as long as building a window: not for those who only read, and not before the key has
+/// arrived.
+void WindowManager::readDictionaries() {
+    if (std::exchange(readsDictionaries_, true)) return;
+    spelling_ = MainLoopTimer(std::chrono::milliseconds{0},
+                              [this] { web_.setSpellChecking(SpellChecking::from(preferences())); });
 }
 
 MainWindow& WindowManager::makeWindow(const std::optional<WindowFrame>& frame) {
@@ -110,13 +116,20 @@ MainWindow& WindowManager::makeWindow(const std::optional<WindowFrame>& frame) {
     return window;
 }
 
-MainWindow& WindowManager::openWindow(std::optional<Url> url) {
+/// A tab that loads a page: the one that was prepared, or a new one.
+MainWindowController& WindowManager::makeLoading(const Url& url) {
+    const auto prepared = std::exchange(prepared_, nullptr);
+    MainWindowController& tab = prepared ? *prepared : makeController(nullptr);
+    if (tab.currentURL() != url) tab.load(url);
+    return tab;
+}
+
+MainWindow& WindowManager::openWindow(const std::optional<Url>& url) {
     auto frame = newWindowFrame(preferences());
     // Windows that cover each other exactly look like one.
     if (frame && !windows_.empty()) frame = WindowFrame{frame->x + 32, frame->y + 32, frame->width, frame->height};
     // The page's process starts while the window is built.
-    MainWindowController& tab = makeController(nullptr);
-    tab.load(std::move(url).value_or(model_->server.get().appURL));
+    MainWindowController& tab = makeLoading(url.value_or(model_->server.get().appURL));
     MainWindow& window = makeWindow(frame);
     window.append(tab, MainWindow::Selection::select);
     window.present();
@@ -131,11 +144,35 @@ Url WindowManager::startURL() const {
     return last && server.isAppOrigin(*last) ? *last : server.appURL;
 }
 
-void WindowManager::restore(Show show) {
+void WindowManager::prepare(Show show) {
+    show_ = show;
     const auto stored = preferences().windowState();
     const auto state = stored ? WindowState::fromJson(stored->bytes) : std::nullopt;
     if (state) pendingGroups_ = state->restorable(model_->server.get()).groups;
-    if (show == Show::now) showMainWindow();
+    if (show == Show::later) return;
+    MainWindowController& tab = makeController(nullptr);
+    if (pendingGroups_.empty()) {
+        tab.load(startURL());
+    } else {
+        tab.load(urlOf(pendingGroups_.front(), selectedIndexOf(pendingGroups_.front())));
+    }
+    prepared_ = tab.shared_from_this();
+}
+
+void WindowManager::restore() {
+    if (show_ == Show::now) showMainWindow();
+}
+
+/// A saved window has at least the tab that it shows.
+std::size_t WindowManager::selectedIndexOf(const WindowState::Group& group) {
+    return std::cmp_less(group.selected, group.tabs.size()) && group.selected > 0
+               ? static_cast<std::size_t>(group.selected)
+               : 0;
+}
+
+Url WindowManager::urlOf(const WindowState::Group& group, std::size_t index) const {
+    const auto url = index < group.tabs.size() ? Url::parse(group.tabs[index]) : std::nullopt;
+    return url.value_or(model_->server.get().appURL);
 }
 
 void WindowManager::openPending() {
@@ -145,22 +182,17 @@ void WindowManager::openPending() {
 }
 
 void WindowManager::openGroup(const WindowState::Group& group) {
-    std::vector<Url> urls;
-    for (const std::string& text : group.tabs) urls.push_back(Url::parse(text).value_or(model_->server.get().appURL));
-    if (urls.empty()) urls.push_back(model_->server.get().appURL);
-    const std::size_t selectedIndex =
-        std::cmp_less(group.selected, urls.size()) && group.selected > 0 ? static_cast<std::size_t>(group.selected) : 0;
+    const std::size_t selectedIndex = selectedIndexOf(group);
     // The page's process starts while the window and the other tabs are built.
-    MainWindowController& selected = makeController(nullptr);
-    selected.load(urls[selectedIndex]);
+    MainWindowController& selected = makeLoading(urlOf(group, selectedIndex));
     MainWindow& window = makeWindow(WindowFrame::parse(group.frame));
-    for (std::size_t index = 0; index < urls.size(); ++index) {
+    for (std::size_t index = 0; index < std::max<std::size_t>(1, group.tabs.size()); ++index) {
         if (index == selectedIndex) {
             window.append(selected, MainWindow::Selection::keep);
             continue;
         }
         MainWindowController& tab = makeController(nullptr);
-        tab.loadWhenShown(urls[index]);
+        tab.loadWhenShown(urlOf(group, index));
         window.append(tab, MainWindow::Selection::keep);
     }
     window.select(selected);
@@ -224,8 +256,8 @@ std::shared_ptr<MainWindowController> WindowManager::takeSignInTab() {
     return std::exchange(waitsForSignIn_, {}).lock();
 }
 
-MainWindowController& WindowManager::openTab(MainWindow* window, std::optional<Url> url) {
-    if (!window) return *openWindow(std::move(url)).selected();
+MainWindowController& WindowManager::openTab(MainWindow* window, const std::optional<Url>& url) {
+    if (!window) return *openWindow(url).selected();
     MainWindowController& controller = makeController(nullptr);
     controller.load(url.value_or(model_->server.get().appURL));
     window->append(controller, MainWindow::Selection::select);

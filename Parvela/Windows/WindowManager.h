@@ -55,9 +55,9 @@ public:
     void rebuildNativeInfoScript();
 
     /// Opens a window with one tab, at `url` or at the web app's start page.
-    MainWindow& openWindow(std::optional<Url> url = std::nullopt);
+    MainWindow& openWindow(const std::optional<Url>& url = std::nullopt);
     /// Opens a tab in `window`, or in a new window when there is none.
-    MainWindowController& openTab(MainWindow* window, std::optional<Url> url = std::nullopt);
+    MainWindowController& openTab(MainWindow* window, const std::optional<Url>& url = std::nullopt);
     /// A tab beside `controller` for a page that asked for a window; the engine loads it. None when that is not
     /// possible.
     WebKitWebView* openTabFor(MainWindowController& controller, WebKitWebView* opener);
@@ -70,8 +70,12 @@ public:
     void presentAll();
 
     enum class Show { now, later };
-    /// Reads the windows of the last launch and reopens them, or opens a fresh one: now, or when one is asked for.
-    void restore(Show show);
+    /// Reads the windows of the last launch. Unless they are shown later, the page that will be in front begins to
+    /// load: its process takes longer to start than all else at launch.
+    void prepare(Show show);
+    /// Reopens the windows that were read, or opens a fresh one: now, or when one is asked for, as was said to
+    /// prepare().
+    void restore();
     bool isRestoring() const noexcept { return restoring_; }
 
     /// The tab in front of the window that was active last; none without a window.
@@ -127,9 +131,13 @@ public:
 
 private:
     MainWindowController& makeController(WebKitWebView* related);
+    MainWindowController& makeLoading(const Url& url);
     MainWindow& makeWindow(const std::optional<WindowFrame>& frame);
     void openGroup(const WindowState::Group& group);
+    void readDictionaries();
     void openPending();
+    static std::size_t selectedIndexOf(const WindowState::Group& group);
+    Url urlOf(const WindowState::Group& group, std::size_t index) const;
     Url startURL() const;
     void tellNotificationPermissions() const;
     void forget(MainWindow& window);
@@ -151,11 +159,15 @@ private:
     MainWindow* lastActive_ = nullptr;
     bool doPagesSupportShell_ = false;
     bool restoring_ = false;
+    Show show_ = Show::now;
     std::vector<WindowState::Group> pendingGroups_;
+    /// Begun by prepare(), for the first window.
+    std::shared_ptr<MainWindowController> prepared_;
     std::weak_ptr<MainWindowController> waitsForSignIn_;
     GMenuModel* menu_ = nullptr;
     MainLoopTimer save_;
     MainLoopTimer spelling_;
+    bool readsDictionaries_ = false;
     gint64 saveWantedAt_ = 0;  ///< g_get_monotonic_time() of the first change that is not saved yet
     bool isAsking_ = false;
     std::unique_ptr<PaintWatch> paintWatch_;
