@@ -137,6 +137,7 @@ void AppDelegate::willFinishLaunching() {
 }
 
 void AppDelegate::didFinishLaunching() {
+    plainEdges_.emplace(gdk_display_get_default());
     windows_->onBoardsChanged = [this] {
         const auto* const tab = windows_->frontController();
         menu_->setBoards(tab ? tab->boards() : std::vector<BoardRef>{});
@@ -455,6 +456,7 @@ void AppDelegate::willTerminate() {
     waitingLines_.reset();
     router_.reset();
     windows_.reset();
+    plainEdges_.reset();
 }
 
 }  // namespace parvela

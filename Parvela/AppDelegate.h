@@ -9,6 +9,7 @@
 #include "Notifications/DesktopPresence.h"
 #include "Settings/SettingsView.h"
 #include "Support/DesktopServices.h"
+#include "Support/PlainEdges.h"
 #include "Support/WaitingLines.h"
 #include "Tray/StatusItemController.h"
 #include "URLRouter.h"
@@ -96,6 +97,7 @@ private:
     std::shared_ptr<AppModel> model_;
     std::shared_ptr<const Clock> clock_;
     DefaultApplications desktop_;
+    std::optional<PlainEdges> plainEdges_;
     std::unique_ptr<WindowManager> windows_;
     std::shared_ptr<WaitingLines> waitingLines_;
     std::unique_ptr<StatusItemController> statusItem_;
