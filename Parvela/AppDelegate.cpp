@@ -2,6 +2,7 @@
 
 #include "Support/EarlyApplication.h"
 #include "Support/InstalledFiles.h"
+#include "Support/ProxyExceptions.h"
 #include "Support/RendererChoice.h"
 #include "Windows/MainWindow.h"
 #include "Windows/MainWindowController.h"
@@ -87,6 +88,7 @@ AppDelegate::~AppDelegate() = default;
 int AppDelegate::run(int argc, char** argv) {
     const auto remembered = defaults_->get(safeRendererKey);
     const bool safe = remembered == StoredValue(true) || !hasRenderNode();
+    exceptLoopbackFromProxies();
     applyRenderer(safe ? Renderer::safe : Renderer::accelerated);
     automation_ = std::make_unique<AutomationHost>();
     const int status = g_application_run(G_APPLICATION(application_.get()), argc, argv);
@@ -168,7 +170,11 @@ void AppDelegate::didFinishLaunching() {
     presence_->startSummary();
     openAutomation();
     windows_->restore();
-    linkChanged_ = notifications_->linkChanged.observe([this] { waitingLines_->renewClient().detach(); });
+    linkChanged_ = notifications_->linkChanged.observe([this] {
+        waitingLines_->renewClient().detach();
+        // Storing the token may have unlocked the keyring.
+        keepDevice().detach();
+    });
     readCredentials().detach();
     if (updates_) updates_->start();
     if (defaults_->warning()) showToast(*defaults_->warning());
@@ -384,9 +390,14 @@ void AppDelegate::showToast(const std::string& text) {
 Task<void> AppDelegate::readDevice() {
     devicePatience_ =
         MainLoopTimer(devicePatience, [this] { windows_->setDevice(DeviceIdentity::randomId(), deviceName()); });
+    auto keeping = keepDevice();
+    co_await keeping;
+    devicePatience_.reset();
+}
+
+Task<void> AppDelegate::keepDevice() {
     auto reading = device_.id();
     const std::string id = co_await reading;
-    devicePatience_.reset();
     if (windows_) windows_->setDevice(id, deviceName());
 }
 

@@ -60,6 +60,7 @@ private:
     void opened(GFile** files, int count);
     void willTerminate();
     Task<void> readDevice();
+    Task<void> keepDevice();
     Task<void> readCredentials();
     Task<void> readSettings();
     void lastWindowClosed();

@@ -9,7 +9,9 @@ import unittest
 # The programs of every part, and what starts them, stand here.
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent / "desktop"))
 # Nothing here talks to another machine; a proxy of the user's must not be asked either.
-os.environ.update(no_proxy="*", NO_PROXY="*")
+for _name in ("http_proxy", "https_proxy", "all_proxy"):
+    os.environ.pop(_name, None)
+    os.environ.pop(_name.upper(), None)
 
 from harness.session import interruptible  # noqa: E402
 

@@ -14,6 +14,7 @@ struct DeviceIdentity::State {
     MakeId makeId;
     AsyncMutex reading;
     std::optional<std::string> id;
+    bool isStored = false;
 };
 
 DeviceIdentity::DeviceIdentity(std::shared_ptr<SecretStore> secrets, MakeId makeId)
@@ -28,18 +29,21 @@ Task<std::string> DeviceIdentity::idOf(std::shared_ptr<State> state) {
     // Two callers at once must not make two ids.
     auto turn = state->reading.lock();
     const auto guard = co_await turn;
-    if (state->id) co_return *state->id;
+    if (state->isStored) co_return *state->id;
 
     const SecretItem item{"app.parvela.device", "device-id", std::nullopt};
     auto reading = state->secrets->read(item);
     const auto stored = co_await reading;
-    const bool usable = stored && !stored->empty() && isValidUtf8(*stored);
-    state->id = usable ? *stored : state->makeId();
+    if (stored && !stored->empty() && isValidUtf8(*stored)) {
+        state->id = *stored;
+        state->isStored = true;
+        co_return *state->id;
+    }
+    if (!state->id) state->id = state->makeId();
     // A locked keyring may well hold an id; it must not be replaced.
-    const bool missing = stored || stored.error() == SecretStatus::notFound;
-    if (!usable && missing) {
+    if (stored || stored.error() == SecretStatus::notFound) {
         auto writing = writeSecret(state->secrets, item, *state->id, "Parvela device id");
-        co_await writing;
+        state->isStored = co_await writing == SecretStatus::success;
     }
     co_return *state->id;
 }

@@ -1,5 +1,6 @@
 #include <ParvelaKit/Preferences.h>
 
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -17,6 +18,22 @@ std::optional<T> readValue(const KeyValueStore& store, std::string_view key) {
     return typed ? std::optional<T>(std::move(*typed)) : std::nullopt;
 }
 
+/// People edit the file: 0 and 1 serve as "no" and "yes".
+std::optional<bool> readFlag(const KeyValueStore& store, std::string_view key) {
+    if (const auto number = readValue<std::int64_t>(store, key)) return *number != 0;
+    return readValue<bool>(store, key);
+}
+
+/// 600.0 is as good as 600.
+std::optional<std::int64_t> readInteger(const KeyValueStore& store, std::string_view key) {
+    constexpr double limit = 9007199254740992;  // 2^53: up to here every integer is a double
+    const auto number = readValue<double>(store, key);
+    if (number && *number == std::floor(*number) && std::abs(*number) <= limit) {
+        return static_cast<std::int64_t>(*number);
+    }
+    return readValue<std::int64_t>(store, key);
+}
+
 template <class T>
 void writeValue(KeyValueStore& store, std::string_view key, std::optional<T> value) {
     if (value) {
@@ -27,7 +44,7 @@ void writeValue(KeyValueStore& store, std::string_view key, std::optional<T> val
 }
 
 std::uint32_t storedMask(const KeyValueStore& store, std::string_view key, std::uint32_t missing) {
-    const auto value = readValue<std::int64_t>(store, key);
+    const auto value = readInteger(store, key);
     const bool fits = value && *value >= 0 && *value <= std::numeric_limits<std::uint32_t>::max();
     return fits ? static_cast<std::uint32_t>(*value) : missing;
 }
@@ -144,7 +161,7 @@ void Preferences::setLastWindowFrame(OptionalText value) const {
 }
 
 bool Preferences::hotKeyEnabled() const {
-    return readValue<bool>(*store_, "hotKeyEnabled").value_or(true);
+    return readFlag(*store_, "hotKeyEnabled").value_or(true);
 }
 void Preferences::setHotKeyEnabled(bool enabled) const {
     store_->set("hotKeyEnabled", enabled);
@@ -165,21 +182,21 @@ void Preferences::setHotKeyModifiers(std::uint32_t mask) const {
 }
 
 bool Preferences::dailySummaryEnabled() const {
-    return readValue<bool>(*store_, "dailySummaryEnabled").value_or(false);
+    return readFlag(*store_, "dailySummaryEnabled").value_or(false);
 }
 void Preferences::setDailySummaryEnabled(bool enabled) const {
     store_->set("dailySummaryEnabled", enabled);
 }
 
 std::int64_t Preferences::dailySummaryMinutes() const {
-    return readValue<std::int64_t>(*store_, "dailySummaryMinutes").value_or(540);
+    return readInteger(*store_, "dailySummaryMinutes").value_or(540);
 }
 void Preferences::setDailySummaryMinutes(std::int64_t minutes) const {
     store_->set("dailySummaryMinutes", minutes);
 }
 
 bool Preferences::notificationsEnabled() const {
-    return readValue<bool>(*store_, "notificationsEnabled").value_or(true);
+    return readFlag(*store_, "notificationsEnabled").value_or(true);
 }
 void Preferences::setNotificationsEnabled(bool enabled) const {
     store_->set("notificationsEnabled", enabled);
@@ -197,7 +214,7 @@ Preferences::OptionalText Preferences::earlierWindowFrame() const {
 }
 
 double Preferences::pageZoom() const {
-    const auto whole = readValue<std::int64_t>(*store_, "pageZoom");
+    const auto whole = readInteger(*store_, "pageZoom");
     const double zoom = whole ? static_cast<double>(*whole) : readValue<double>(*store_, "pageZoom").value_or(1);
     return zoom >= 0.5 && zoom <= 3 ? zoom : 1;
 }
@@ -206,7 +223,7 @@ void Preferences::setPageZoom(double zoom) const {
 }
 
 bool Preferences::spellCheckingEnabled() const {
-    return readValue<bool>(*store_, "spellCheckingEnabled").value_or(true);
+    return readFlag(*store_, "spellCheckingEnabled").value_or(true);
 }
 void Preferences::setSpellCheckingEnabled(bool enabled) const {
     store_->set("spellCheckingEnabled", enabled);
@@ -220,14 +237,14 @@ void Preferences::setSpellCheckingLanguages(OptionalText languages) const {
 }
 
 bool Preferences::startsHidden() const {
-    return readValue<bool>(*store_, "startsHidden").value_or(true);
+    return readFlag(*store_, "startsHidden").value_or(true);
 }
 void Preferences::setStartsHidden(bool hidden) const {
     store_->set("startsHidden", hidden);
 }
 
 std::optional<Instant> Preferences::lastUpdateCheck() const {
-    const auto time = readValue<std::int64_t>(*store_, "lastUpdateCheck");
+    const auto time = readInteger(*store_, "lastUpdateCheck");
     return time && *time >= 0 ? std::optional(Instant(std::chrono::milliseconds(*time))) : std::nullopt;
 }
 void Preferences::setLastUpdateCheck(Instant time) const {
@@ -246,7 +263,7 @@ Preferences::OptionalText Preferences::titlebarDoubleClickAction() const {
 }
 
 std::optional<bool> Preferences::titlebarDoubleClickMinimizes() const {
-    return readValue<bool>(*store_, "AppleMiniaturizeOnDoubleClick");
+    return readFlag(*store_, "AppleMiniaturizeOnDoubleClick");
 }
 
 }  // namespace parvela

@@ -155,7 +155,11 @@ bool ServerConfig::allowsToken(const Url& url) {
     const std::string host = url.lowercaseHost();
     if (host.empty()) return false;
     const std::string scheme = url.lowercaseScheme();
-    return scheme == "https" || (scheme == "http" && contains(loopbackHosts, host));
+    return scheme == "https" || (scheme == "http" && isLoopback(url));
+}
+
+bool ServerConfig::isLoopback(const Url& url) {
+    return contains(loopbackHosts, url.lowercaseHost());
 }
 
 Url ServerConfig::appPage(std::string_view path) const {

@@ -1,6 +1,7 @@
 #include <ParvelaKit/Text.h>
 #include <ParvelaKit/Url.h>
 
+#include <algorithm>
 #include <memory>
 
 #include <glib.h>
@@ -56,6 +57,20 @@ bool isKept(char c, UrlCharacters kept) {
     return false;
 }
 
+/// What a decoded host must not hold, or its text would mean another one.
+bool isNoHostCharacter(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte <= ' ' || byte == 0x7F || std::string_view("%/:?#[]@\\").contains(c);
+}
+
+bool authorityHasBrackets(std::string_view text) {
+    text.remove_prefix(std::min(text.size(), text.find("//") + 2));
+    text = text.substr(0, text.find_first_of("/?#"));
+    const auto userInfo = text.rfind('@');
+    if (userInfo != std::string_view::npos) text.remove_prefix(userInfo + 1);
+    return text.starts_with('[');
+}
+
 }  // namespace
 
 std::optional<Url> Url::parse(std::string_view text) {
@@ -83,10 +98,11 @@ std::optional<Url> Url::parse(std::string_view text) {
     url.fragment_ = optional(fragment);
     if (port >= 0) url.port_ = static_cast<std::uint16_t>(port);
     if (host) {
-        url.bracketedHost_ = std::string_view(host).contains(':');
-        auto decoded = percentDecode(host);
-        if (!decoded) return std::nullopt;
-        url.host_ = std::move(decoded);
+        // GLib has decoded it, and taken the brackets from an IPv6 address.
+        const std::string_view shown(host);
+        url.bracketedHost_ = authorityHasBrackets(text);
+        if (!url.bracketedHost_ && std::ranges::any_of(shown, isNoHostCharacter)) return std::nullopt;
+        url.host_ = shown;
     }
     return url;
 }
@@ -122,8 +138,8 @@ std::optional<Url> Url::compose(const Url& parts) {
     if (parts.host_) {
         text += "//";
         if (parts.userInfo_) text += *parts.userInfo_ + "@";
-        text +=
-            parts.bracketedHost_ ? "[" + *parts.host_ + "]" : percentEncode(*parts.host_, UrlCharacters::pathSegment);
+        text += parts.bracketedHost_ ? "[" + percentEncode(*parts.host_, UrlCharacters::pathSegment) + "]"
+                                     : percentEncode(*parts.host_, UrlCharacters::pathSegment);
         if (parts.port_) text += ":" + std::to_string(*parts.port_);
     }
     text += parts.path_;

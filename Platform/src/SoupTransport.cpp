@@ -1,4 +1,5 @@
 #include <ParvelaKit/GLibPtr.h>
+#include <ParvelaKit/ServerConfig.h>
 #include <ParvelaKit/Text.h>
 #include <Platform/MainLoop.h>
 #include <Platform/SoupTransport.h>
@@ -218,12 +219,15 @@ private:
 
     TransportError reason(const GError& error) const {
         if (g_error_matches(&error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) return TransportError::timedOut;
-        // libsoup's own errors are about what the server said. Other errors are lost connections, with or without an
-        // answer begun.
-        const bool answerBegun =
+        // libsoup's own errors are about what the server said; others are lost connections.
+        if (error.domain == SOUP_SESSION_ERROR) return TransportError::invalidResponse;
+        const bool hasBegun =
             soup_message_metrics_get_response_header_bytes_received(soup_message_get_metrics(message_.get())) > 0;
-        return error.domain == SOUP_SESSION_ERROR || answerBegun ? TransportError::invalidResponse
-                                                                 : TransportError::unreachable;
+        if (!hasBegun) return TransportError::unreachable;
+        // What may have changed something must not look as if it had not been sent.
+        const bool changesNothing = g_str_equal(soup_message_get_method(message_.get()), SOUP_METHOD_GET);
+        const bool isSound = soup_message_get_status(message_.get()) != SOUP_STATUS_NONE && !isChunked();
+        return changesNothing && isSound ? TransportError::unreachable : TransportError::invalidResponse;
     }
 
     Ref<SoupSession> session_;
@@ -251,7 +255,7 @@ public:
 
         Limits limits = limits_;
         limits.whole = std::min<std::chrono::milliseconds>(limits.whole, request.timeout);
-        const auto transfer = std::make_shared<Transfer>(session(), std::move(message), limits);
+        const auto transfer = std::make_shared<Transfer>(sessionFor(request.url), std::move(message), limits);
         const StopWatch watch(std::move(stop), [transfer] { transfer->finish(Failure(TransportError::cancelled)); });
         transfer->start();
         const auto outcome = transfer->outcome();
@@ -260,19 +264,24 @@ public:
     }
 
 private:
-    Ref<SoupSession> session() {
-        if (!session_) {
+    Ref<SoupSession> sessionFor(const Url& url) {
+        const bool isDirect = ServerConfig::isLoopback(url);
+        Ref<SoupSession>& session = isDirect ? direct_ : session_;
+        if (!session) {
             // Time-outs are ours: libsoup's counts silence of one connection only.
-            session_ = Ref<SoupSession>::adopt(soup_session_new_with_options("timeout", 0U, nullptr));
-            soup_session_remove_feature_by_type(session_.get(), SOUP_TYPE_AUTH_MANAGER);
+            session = Ref<SoupSession>::adopt(soup_session_new_with_options("timeout", 0U, nullptr));
+            soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_AUTH_MANAGER);
             // libsoup's decoder takes the half of a compressed body for the whole.
-            soup_session_remove_feature_by_type(session_.get(), SOUP_TYPE_CONTENT_DECODER);
+            soup_session_remove_feature_by_type(session.get(), SOUP_TYPE_CONTENT_DECODER);
+            // What stays on this machine goes through no proxy, and none sees its token.
+            if (isDirect) soup_session_set_proxy_resolver(session.get(), nullptr);
         }
-        return session_;
+        return session;
     }
 
     Limits limits_;
     Ref<SoupSession> session_;
+    Ref<SoupSession> direct_;  ///< for this machine, past any proxy
 };
 
 SoupTransport::SoupTransport(Limits limits) : session_(std::make_shared<Session>(limits)) {

@@ -19,7 +19,7 @@ fs::path fromEnvironment(const char* variable, const fs::path& fallback) {
 }  // namespace
 
 XdgPaths XdgPaths::current() {
-    const fs::path home = g_get_home_dir();
+    const fs::path home = fromEnvironment("HOME", g_get_home_dir());
     const char* const downloads = g_get_user_special_dir(G_USER_DIRECTORY_DOWNLOAD);
     return {
         .config = fromEnvironment("XDG_CONFIG_HOME", home / ".config") / "parvela",

@@ -35,6 +35,14 @@ class PageObject(DesktopTest):
         self.assertTrue(self.app.process.running())
 
 
+class Proxy(DesktopTest):
+    def test_pages_of_this_machine_are_not_asked_from_the_desktops_proxy(self):
+        self.use_service()
+        self.use_application()
+        self.app.start(env={"http_proxy": "http://127.0.0.1:9", "no_proxy": "example.com"})
+        self.app.page(self.service.web_url).wait_for_text("Sign in to Parvela")
+
+
 class Navigation(DesktopTest):
     def test_other_sites_open_in_the_browser_and_the_page_stays(self):
         page = self.start_linked()

@@ -18,7 +18,8 @@ public:
     explicit DeviceIdentity(std::shared_ptr<SecretStore> secrets, MakeId makeId = randomId);
 
     /// The stored id. When there is none, a new one is stored and returned. A keyring that cannot be read, or cannot
-    /// keep the new id, yields an id that lasts as long as this object; one that is merely locked is left as it is.
+    /// keep the new id, yields one that serves until a later call finds the keyring open; one that is merely locked is
+    /// left as it is.
     Task<std::string> id() const;
 
     /// A random UUID, 36 characters in upper case (RFC 9562, version 4).

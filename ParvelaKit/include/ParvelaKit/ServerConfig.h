@@ -41,6 +41,8 @@ struct ServerConfig {
     bool isInApp(const Url& url) const;
     /// Whether a credential may be sent there: over TLS, or to this machine.
     static bool allowsToken(const Url& url);
+    /// Whether what goes there stays on this machine.
+    static bool isLoopback(const Url& url);
 
     /// The page of the web app at `path`, which is plain text: every character that a path may not hold is
     /// percent-encoded, "%", "?" and "#" included. `appURL` itself when no URL can be formed.

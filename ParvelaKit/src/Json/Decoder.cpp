@@ -194,6 +194,15 @@ bool read(const element& json, std::vector<T>& values) {
     return true;
 }
 
+/// Some servers put one before their answers (RFC 8259, section 8.1, lets readers ignore it).
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+simdjson::simdjson_result<element> parse(simdjson::dom::parser& parser, const std::string& document) {
+    const std::size_t start = document.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
+    const bool needsCopy = document.capacity() - document.size() < simdjson::SIMDJSON_PADDING;
+    return parser.parse(document.data() + start, document.size() - start, needsCopy);
+}
+
 }  // namespace
 
 template <Record T>
@@ -201,14 +210,14 @@ std::optional<T> decode(const std::string& document) {
     simdjson::dom::parser parser;
     element root;
     T record;
-    if (parser.parse(document).get(root) != simdjson::SUCCESS || !read(root, record)) return std::nullopt;
+    if (parse(parser, document).get(root) != simdjson::SUCCESS || !read(root, record)) return std::nullopt;
     return record;
 }
 
 std::string decodeErrorMessage(const std::string& body) {
     simdjson::dom::parser parser;
     simdjson::dom::object root;
-    if (parser.parse(body).get(root) != simdjson::SUCCESS) return {};
+    if (parse(parser, body).get(root) != simdjson::SUCCESS) return {};
     std::string message;
     for (const auto field : root) {
         if (field.key != "error") continue;

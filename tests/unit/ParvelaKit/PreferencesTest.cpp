@@ -47,6 +47,10 @@ TEST_F(PreferencesTest, valuesOfTheWrongTypeOrOutOfRangeReadAsTheDefault) {
     EXPECT_EQ(preferences.lastURL(), std::nullopt);
     EXPECT_EQ(preferences.windowState(), std::nullopt);
     EXPECT_EQ(preferences.pageZoom(), 1);
+    store->set("hotKeyEnabled", std::int64_t{0});
+    store->set("dailySummaryMinutes", 600.0);
+    EXPECT_FALSE(preferences.hotKeyEnabled());
+    EXPECT_EQ(preferences.dailySummaryMinutes(), 600);
     store->set("hotKeyCode", std::int64_t{-1});
     EXPECT_EQ(preferences.hotKeyCode(), 49U);
 }

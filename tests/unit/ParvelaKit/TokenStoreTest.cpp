@@ -184,6 +184,17 @@ TEST_F(DeviceIdentityTest, aLockedKeyringKeepsItsId) {
     EXPECT_EQ(device.id().result(), "NEW-1");
     EXPECT_EQ(device.id().result(), "NEW-1");
     EXPECT_EQ(secrets->secrets[item], "OLD");
+    secrets->fail("read", SecretStatus::success);
+    EXPECT_EQ(device.id().result(), "OLD") << "once it is unlocked";
+}
+
+TEST_F(DeviceIdentityTest, theIdOfALockedKeyringIsKeptOnceItIsUnlocked) {
+    secrets->fail("read", SecretStatus::locked);
+    const auto device = identity();
+    EXPECT_EQ(device.id().result(), "NEW-1");
+    secrets->fail("read", SecretStatus::success);
+    EXPECT_EQ(device.id().result(), "NEW-1");
+    EXPECT_EQ(secrets->secrets[item], "NEW-1");
 }
 
 TEST_F(DeviceIdentityTest, anIdThatCannotBeKeptStillServes) {

@@ -24,11 +24,16 @@ TEST(Url, anEmptyPortIsNoPortAndIpv6LosesItsBrackets) {
     ASSERT_TRUE(url);
     EXPECT_EQ(url->host(), "::1");
     EXPECT_EQ(url->withPath("/y")->text(), "http://[::1]:80/y");
+    const auto zone = Url::parse("http://u@[fe80::1%25eth0]:3213/x");
+    ASSERT_TRUE(zone);
+    EXPECT_EQ(zone->host(), "fe80::1%eth0");
+    EXPECT_EQ(zone->withPath("/y")->text(), "http://u@[fe80::1%25eth0]:3213/y");
 }
 
 TEST(Url, refusesWhatTheStandardForbids) {
     for (const char* text : {"http://a b/", "http://exämple.com/", "http://a/%zz", "http://a/%2", "http://a:x/",
-                             "http://a:99999/", "http://[::1/", "http://a/\x01", "http://a/\"q\"", "ht tp://x"}) {
+                             "http://a:99999/", "http://[::1/", "http://a/\x01", "http://a/\"q\"", "ht tp://x",
+                             "http://localho%2573t/", "http://localhost%3A3100/", "http://a%2Fb/", "http://a%40b/"}) {
         EXPECT_EQ(Url::parse(text), std::nullopt) << text;
     }
 }

@@ -1,4 +1,5 @@
 #include "FaultServer.h"
+#include "Variable.h"
 
 #include <ParvelaKit/GLibPtr.h>
 #include <Platform/MainLoop.h>
@@ -21,6 +22,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using parvela::testing::FaultServer;
+using parvela::testing::Variable;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using Peer = FaultServer::Peer;
@@ -106,13 +108,15 @@ TEST(SoupTransport, brokenAnswersNeverCountAsAnswers) {
         const char* what;
         std::string bytes;
         TransportError error;
+        const char* method = "GET";
     };
     const Case cases[] = {
         {"closed without a word", "", TransportError::unreachable},
         {"not HTTP", "SSH-2.0-OpenSSH_9.2\r\n\r\n", TransportError::invalidResponse},
         {"garbage without a line end", std::string(3000, '\xFF'), TransportError::invalidResponse},
-        {"shorter than its length", "HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhello",
-         TransportError::invalidResponse},
+        {"shorter than its length", "HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhello", TransportError::unreachable},
+        {"shorter than its length, of a change", "HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhello",
+         TransportError::invalidResponse, "POST"},
         {"cut before the first chunk", head, TransportError::invalidResponse},
         {"cut inside a chunk size", head + chunk("{}") + "1", TransportError::invalidResponse},
         {"cut inside a chunk", head + "10\r\nhello", TransportError::invalidResponse},
@@ -132,7 +136,9 @@ TEST(SoupTransport, brokenAnswersNeverCountAsAnswers) {
         SCOPED_TRACE(c.what);
         FaultServer server;
         server.on("/", text(c.bytes));
-        const Answer answer = send(SoupTransport({.body = smallBody}), get(server.url("/")));
+        HttpRequest request = get(server.url("/"));
+        request.method = c.method;
+        const Answer answer = send(SoupTransport({.body = smallBody}), request);
         ASSERT_FALSE(answer.has_value()) << answer->status << " " << answer->body.substr(0, 99);
         EXPECT_EQ(answer.error(), c.error);
     }
@@ -210,6 +216,22 @@ TEST(SoupTransport, unreachableServersFailAtOnce) {
         ASSERT_FALSE(answer.has_value());
         EXPECT_EQ(answer.error(), TransportError::unreachable);
     }
+}
+
+TEST(SoupTransport, noProxySeesWhatStaysOnThisMachine) {
+    FaultServer proxy;
+    proxy.on("http://no-such-host.invalid/", text(withLength("502 Bad Gateway\r\n", "{}")));
+    FaultServer service;
+    service.on("/", text(withLength("200 OK\r\n", "{}")));
+    const Variable http("http_proxy", proxy.url("").c_str());
+    const Variable exceptions("no_proxy", nullptr);
+    const SoupTransport transport;
+    const Answer direct = send(transport, get(service.url("/")));
+    ASSERT_TRUE(direct.has_value());
+    EXPECT_EQ(direct->status, 200);
+    const Answer elsewhere = send(transport, get("http://no-such-host.invalid/"));
+    ASSERT_TRUE(elsewhere.has_value()) << "the proxy of the desktop is used";
+    EXPECT_EQ(elsewhere->status, 502);
 }
 
 TEST(SoupTransport, whatHttpCannotCarryIsRefusedUnsent) {

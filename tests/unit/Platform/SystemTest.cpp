@@ -1,4 +1,5 @@
 #include "TemporaryFolder.h"
+#include "Variable.h"
 
 #include <Platform/DeviceName.h>
 #include <Platform/SystemClock.h>
@@ -13,27 +14,7 @@ namespace parvela {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Sets a variable of the environment for the time it lives.
-class Variable {
-public:
-    Variable(const char* name, const char* value) : name_(name) {
-        if (const char* old = getenv(name)) old_ = old;
-        set(value);
-    }
-    ~Variable() { set(old_ ? old_->c_str() : nullptr); }
-    void set(const char* value) const {
-        if (value) {
-            setenv(name_, value, 1);
-        } else {
-            unsetenv(name_);
-        }
-    }
-
-private:
-    const char* name_;
-    std::optional<std::string> old_;
-};
+using parvela::testing::Variable;
 
 TEST(SystemClock, followsAChangedTimeZone) {
     const SystemClock clock;
