@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "QuickAdd/ShownTitle.h"
 #include "Support/EarlyApplication.h"
 #include "Support/InstalledFiles.h"
 #include "Support/ProxyExceptions.h"
@@ -14,11 +15,13 @@
 #include <Platform/SystemClock.h>
 
 #include <array>
+#include <csignal>
 #include <string_view>
 #include <unistd.h>
 #include <utility>
 
 #include <fmt/format.h>
+#include <glib-unix.h>
 
 namespace parvela {
 
@@ -29,6 +32,10 @@ constexpr std::chrono::milliseconds devicePatience{800};
 
 /// A panel that starts anew shows the tray again within this time.
 constexpr std::chrono::seconds trayPatience{5};
+
+// In user-perceived characters.
+constexpr std::size_t longestAlertTitle = 200;
+constexpr std::size_t longestAlertText = 1000;
 
 /// Set once the graphics driver has let a page go undrawn. People may remove it from the settings file.
 constexpr std::string_view safeRendererKey = "safeRenderer";
@@ -79,6 +86,16 @@ AppDelegate::AppDelegate(std::optional<UpdateFeed> updates)
         connect<void(GApplication*)>(application, "activate", [this](GApplication*) { activated(); }));
     connections_.push_back(connect<void(GApplication*, GFile**, int, const char*)>(
         application, "open", [this](GApplication*, GFile** files, int count, const char*) { opened(files, count); }));
+    // The desktop's session ends, or a service manager stops the program: what there is to save is saved.
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        g_unix_signal_add(
+            signal,
+            [](gpointer ending) -> gboolean {
+                g_application_quit(static_cast<GApplication*>(ending));
+                return G_SOURCE_CONTINUE;
+            },
+            application);
+    }
     connections_.push_back(
         connect<void(GApplication*)>(application, "shutdown", [this](GApplication*) { willTerminate(); }));
 }
@@ -175,6 +192,7 @@ void AppDelegate::didFinishLaunching() {
         // Storing the token may have unlocked the keyring.
         keepDevice().detach();
     });
+    serverChanged_ = model_->serverRevision.observe([this](auto) { waitingLines_->renewClient().detach(); });
     readCredentials().detach();
     if (updates_) updates_->start();
     if (defaults_->warning()) showToast(*defaults_->warning());
@@ -312,8 +330,7 @@ void AppDelegate::addUpdates() {
 }
 
 void AppDelegate::newTask() {
-    windows_->showMainWindow();
-    if (auto* const tab = windows_->frontController()) windows_->newTask(*tab);
+    windows_->newTaskInFront();
 }
 
 void AppDelegate::hide() {
@@ -416,11 +433,16 @@ void AppDelegate::opened(GFile** files, int count) {
     }
 }
 
+/// Links and services can make it say anything, as often as they like.
 void AppDelegate::showAlert(const std::string& message, const std::string& informative) {
+    if (alert_) gtk_window_destroy(GTK_WINDOW(alert_));
     MainWindow* const window = windows_->frontWindow();
     GtkWidget* const dialog = adw_message_dialog_new(window && window->isVisible() ? window->get() : nullptr,
-                                                     message.c_str(), informative.c_str());
+                                                     shortened(message, longestAlertTitle).c_str(),
+                                                     shortened(informative, longestAlertText).c_str());
     adw_message_dialog_add_response(ADW_MESSAGE_DIALOG(dialog), "ok", "OK");
+    alert_ = dialog;
+    alertGone_ = connect<void(GtkWidget*)>(dialog, "destroy", [this](GtkWidget*) { alert_ = nullptr; });
     gtk_window_present(GTK_WINDOW(dialog));
 }
 
@@ -459,6 +481,7 @@ void AppDelegate::willTerminate() {
     windows_->saveNow();
     automation_.reset();
     linkChanged_ = {};
+    serverChanged_ = {};
     settings_.reset();
     presence_.reset();
     hotKey_.reset();

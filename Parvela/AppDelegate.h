@@ -115,9 +115,12 @@ private:
     Subscription openURL_;
     Subscription showQuickAdd_;
     Subscription linkChanged_;
+    Subscription serverChanged_;
     Subscription trayChanged_;
     MainLoopTimer trayPatience_;
     MainLoopTimer devicePatience_;
+    GtkWidget* alert_ = nullptr;  ///< the one that is shown
+    Connection alertGone_;
     std::vector<Connection> connections_;
     bool startsInBackground_ = false;
     bool startsWithNewTask_ = false;

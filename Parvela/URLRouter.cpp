@@ -6,6 +6,7 @@
 
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/OAuthHandoff.h>
+#include <ParvelaKit/ParvelaIntents.h>
 #include <ParvelaKit/QuickAddService.h>
 #include <Platform/FileRevealer.h>
 
@@ -86,6 +87,7 @@ Url URLRouter::pageOf(const TaskSummary& task) const {
 }
 
 Task<void> URLRouter::openTask(std::shared_ptr<URLRouter> self, std::string key) {
+    if (key.size() > ParvelaIntents::longestText) co_return;
     const std::string title = "Couldn't open " + key;
     auto connecting = self->model_->session.client();
     const auto api = co_await connecting;

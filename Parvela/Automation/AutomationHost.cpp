@@ -30,6 +30,7 @@ void AutomationHost::open(AutomationNeeds needs) {
     const auto model = needs_.model;
     known_ = std::make_shared<KnownTasks>(model->session);
     linkChanged_ = needs_.notifications->linkChanged.observe([this] { known_->forget(); });
+    serverChanged_ = model->serverRevision.observe([this](auto) { known_->forget(); });
     AutomationSurfaces surfaces = needs_.surfaces;
     surfaces.readBoards = [model] { return model->refreshBoards(); };
     surfaces.tasksChanged = [model, known = known_] {

@@ -50,6 +50,7 @@ private:
     std::shared_ptr<KnownTasks> known_;
     std::unique_ptr<LauncherActions> launcherActions_;
     Subscription linkChanged_;
+    Subscription serverChanged_;
     MainLoopTimer unused_;
 };
 

@@ -66,10 +66,7 @@ void DesktopPresence::offerDockMenu(GApplication* application, const std::shared
         };
     };
     dockMenu_ = std::make_unique<DockMenu>(
-        model_, DockMenuActions{.newTask = afterClick([this] {
-                                    windows_.showMainWindow();
-                                    if (auto* const tab = windows_.frontController()) windows_.newTask(*tab);
-                                }),
+        model_, DockMenuActions{.newTask = afterClick([this] { windows_.newTaskInFront(); }),
                                 .newWindow = afterClick([this] { windows_.openWindow(); }),
                                 .openDueTask = afterClick(
                                     [router](const TaskSummary& task) { router->loadInFront(router->pageOf(task)); }),

@@ -86,7 +86,9 @@ void BrowserDelegate::watchView() {
     connections_.push_back(connect<void(WebKitWebView*, WebKitLoadEvent)>(
         view, "load-changed", [this](WebKitWebView*, WebKitLoadEvent event) { loadChanged(event); }));
     connections_.push_back(connect<gboolean(WebKitWebView*, WebKitLoadEvent, const char*, GError*)>(
-        view, "load-failed", [this](WebKitWebView*, WebKitLoadEvent, const char* uri, GError* error) {
+        view, "load-failed", [this](WebKitWebView*, WebKitLoadEvent event, const char* uri, GError* error) {
+            // What a page has shown by then stays.
+            if (event == WEBKIT_LOAD_COMMITTED) return gboolean{TRUE};
             return static_cast<gboolean>(loadFailed(uri, error));
         }));
     connections_.push_back(connect<gboolean(WebKitWebView*, const char*, GTlsCertificate*, GTlsCertificateFlags)>(
@@ -139,7 +141,11 @@ bool BrowserDelegate::decideNavigation(WebKitNavigationPolicyDecision* decision)
     const auto answer = policy_.navigation(uri, NavigationPolicy::Frame::unknown, gestureOf(action),
                                            NavigationPolicy::Purpose::show, model_->server.get());
     if (answer.action == NavigationPolicy::Action::allow) {
-        if (webkit_navigation_action_is_redirect(action)) policy_.redirected(uri);
+        if (webkit_navigation_action_is_redirect(action)) {
+            policy_.redirected(uri);
+        } else if (gestureOf(action) == NavigationPolicy::Gesture::user) {
+            policy_.chosen(uri);
+        }
         // The page's process starts meanwhile. The load itself begins with this decision, so nothing is sent before the
         // filter is in force.
         environment_.whenReady([held = Ref<WebKitPolicyDecision>::ref(WEBKIT_POLICY_DECISION(decision))] {
@@ -224,7 +230,9 @@ void BrowserDelegate::loadChanged(WebKitLoadEvent event) {
             policy_.mainLoadEnded();
             dialogs_.pageChanged();
             const char* const uri = webkit_web_view_get_uri(webView_.get());
-            if (errorPage_ && (!uri || *errorPage_ != uri)) {
+            // The page that has come back has the address of the error page that stood for it.
+            const bool isErrorPage = std::exchange(loadsErrorPage_, false) && errorPage_ && uri && *errorPage_ == uri;
+            if (!isErrorPage) {
                 errorPage_.reset();
                 retry_.reset();
             }
@@ -254,7 +262,7 @@ bool BrowserDelegate::loadFailed(const char* failingUri, const GError* error) {
 }
 
 bool BrowserDelegate::loadFailedForTls(const char* failingUri, GTlsCertificateFlags problems) {
-    const auto url = Url::parse(failingUri);
+    const auto url = Url::parseFromEngine(failingUri);
     showErrorPage(failingUri, certificateMessage(url ? url->lowercaseHost() : failingUri, problems), Recovery::byUser);
     return true;
 }
@@ -266,8 +274,9 @@ void BrowserDelegate::blocked(const std::string& failingUri) {
 void BrowserDelegate::showErrorPage(const std::string& failingUri, const std::string& message, Recovery recovery) {
     const std::string html = ErrorPage::html(message, model_->server.get().appURL);
     errorPage_ = failingUri;
+    loadsErrorPage_ = true;
     webkit_web_view_load_alternate_html(webView_.get(), html.c_str(), failingUri.c_str(), nullptr);
-    const auto url = Url::parse(failingUri);
+    const auto url = Url::parseFromEngine(failingUri);
     if (recovery == Recovery::byUser || !url) return;
     retry_ = std::make_unique<PageRetry>(*url, SoupTransport::shared(), [this, failingUri] {
         webkit_web_view_load_uri(webView_.get(), failingUri.c_str());

@@ -82,6 +82,7 @@ private:
     std::vector<Connection> connections_;
     /// The address that the error page in the view stands for.
     std::optional<std::string> errorPage_;
+    bool loadsErrorPage_ = false;
     std::unique_ptr<PageRetry> retry_;
     CrashGuard crashes_;
     bool keepsDying_ = false;  // and the next load gives way to an error page

@@ -50,7 +50,7 @@ void PageContextMenu::shape(WebKitContextMenu* menu, WebKitHitTestResult* target
         ++position;
     }
     const auto link = webkit_hit_test_result_context_is_link(target)
-                          ? Url::parse(webkit_hit_test_result_get_link_uri(target))
+                          ? Url::parseFromEngine(webkit_hit_test_result_get_link_uri(target))
                           : std::nullopt;
     if (!link) return;
     const auto open = Ref<GSimpleAction>::adopt(g_simple_action_new("openLinkInBrowser", nullptr));

@@ -113,7 +113,7 @@ void PagePermissions::forget(const Preferences& preferences, const Answer& answe
 
 std::optional<std::string> PagePermissions::origin() const {
     const char* const uri = webkit_web_view_get_uri(view_);
-    const auto url = uri ? Url::parse(uri) : std::nullopt;
+    const auto url = uri ? Url::parseFromEngine(uri) : std::nullopt;
     if (!url || !url->host() || url->host()->empty()) return std::nullopt;
     return ServerConfig::origin(*url);
 }

@@ -70,11 +70,8 @@ void WebBridge::apply(MainWindowController& sender, const Url& page, BridgeMessa
 Task<void> WebBridge::adoptLink(BridgeMessage::Link link, Url page) {
     auto adopting = model_->adoptLink(std::move(link), std::move(page));
     const auto adopted = co_await adopting;
-    if (adopted) {
-        windows_.rebuildNativeInfoScript();
-    } else if (MainWindow* const window = windows_.frontWindow()) {
-        window->showToast(adopted.error().message());
-    }
+    if (adopted) co_return;
+    if (MainWindow* const window = windows_.frontWindow()) window->showToast(adopted.error().message());
 }
 
 }  // namespace parvela

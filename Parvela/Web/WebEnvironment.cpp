@@ -19,11 +19,14 @@ Ref<WebKitSettings> makeSettings() {
     // Pages are inspected only on demand: by the variable that starts WebKit's inspector server, or by our own.
     const gboolean inspectable = std::getenv("WEBKIT_INSPECTOR_HTTP_SERVER") || std::getenv("PARVELA_INSPECTOR");
     auto settings =
-        Ref<WebKitSettings>::adopt(WEBKIT_SETTINGS(g_object_new(WEBKIT_TYPE_SETTINGS,                               //
-                                                                "enable-back-forward-navigation-gestures", TRUE,    //
-                                                                "enable-developer-extras", inspectable,             //
-                                                                "enable-fullscreen", TRUE,                          //
-                                                                "enable-javascript", TRUE,                          //
+        Ref<WebKitSettings>::adopt(WEBKIT_SETTINGS(g_object_new(WEBKIT_TYPE_SETTINGS,                             //
+                                                                "enable-back-forward-navigation-gestures", TRUE,  //
+                                                                "enable-developer-extras", inspectable,           //
+                                                                "enable-fullscreen", TRUE,                        //
+                                                                "enable-javascript", TRUE,                        //
+                                                                // A page that comes back from the cache says nothing
+                                                                // of itself again, neither its shell nor its boards.
+                                                                "enable-page-cache", FALSE,                         //
                                                                 "javascript-can-open-windows-automatically", TRUE,  //
                                                                 nullptr)));
     const std::string agent = std::string(webkit_settings_get_user_agent(settings.get())) + applicationName;
@@ -161,8 +164,13 @@ void WebEnvironment::filterCompiled(GObject* store, GAsyncResult* result, gpoint
 }
 
 void WebEnvironment::adopt(FilterPtr filter) {
+    // Filters are known by their identifiers: a newer one takes the place of its namesake, and removing that would
+    // remove both.
     webkit_user_content_manager_add_filter(content_.get(), filter.get());
-    if (filter_) webkit_user_content_manager_remove_filter(content_.get(), filter_.get());
+    const auto name = [](const FilterPtr& one) { return webkit_user_content_filter_get_identifier(one.get()); };
+    if (filter_ && !g_str_equal(name(filter_), name(filter))) {
+        webkit_user_content_manager_remove_filter(content_.get(), filter_.get());
+    }
     filter_ = std::move(filter);
     filterInForce_ = true;
     proceed();

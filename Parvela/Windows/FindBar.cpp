@@ -35,16 +35,15 @@ FindBar::FindBar(const Interface& interface, std::function<MainWindowController*
     connections_.push_back(connect<void(gpointer)>(field_, "previous-match", previous));
     connections_.push_back(connect<void(gpointer)>(interface.get<GtkButton>("findNext"), "clicked", next));
     connections_.push_back(connect<void(gpointer)>(interface.get<GtkButton>("findPrevious"), "clicked", previous));
-    connections_.push_back(connect<void(GtkSearchBar*, GParamSpec*)>(bar_, "notify::search-mode-enabled",
-                                                                     [this](GtkSearchBar*, GParamSpec*) {
-                                                                         if (gtk_search_bar_get_search_mode(bar_))
-                                                                             return;
-                                                                         if (auto* const find = controller())
-                                                                             webkit_find_controller_search_finish(find);
-                                                                         results_.clear();
-                                                                         if (auto* const front = tab_())
-                                                                             gtk_widget_grab_focus(front->widget());
-                                                                     }));
+    connections_.push_back(connect<void(GtkSearchBar*, GParamSpec*)>(
+        bar_, "notify::search-mode-enabled", [this](GtkSearchBar*, GParamSpec*) {
+            if (gtk_search_bar_get_search_mode(bar_)) return;
+            // Another tab may be in front by now.
+            if (searched_) webkit_find_controller_search_finish(searched_.get());
+            searched_ = nullptr;
+            results_.clear();
+            if (auto* const front = tab_()) gtk_widget_grab_focus(front->widget());
+        }));
     GtkEventController* const keys = gtk_event_controller_key_new();
     connections_.push_back(connect<gboolean(GtkEventControllerKey*, guint, guint, GdkModifierType)>(
         keys, "key-pressed", [this](GtkEventControllerKey*, guint key, guint, GdkModifierType modifiers) {
@@ -94,6 +93,7 @@ void FindBar::search() {
     }
     constexpr auto options =
         static_cast<guint32>(WEBKIT_FIND_OPTIONS_CASE_INSENSITIVE | WEBKIT_FIND_OPTIONS_WRAP_AROUND);
+    searched_ = Ref<WebKitFindController>::ref(find);
     webkit_find_controller_search(find, text, options, countedMatches);
 }
 

@@ -36,6 +36,7 @@ private:
     std::function<MainWindowController*()> tab_;
     std::vector<Connection> connections_;
     std::vector<Connection> results_;
+    Ref<WebKitFindController> searched_;
 };
 
 }  // namespace parvela

@@ -85,7 +85,10 @@ void MainWindow::connectTabs() {
         tabs_, "notify::selected-page", [this](AdwTabView*, GParamSpec*) { selectionChanged(); }));
     connections_.push_back(connect<void(AdwTabView*, AdwTabPage*, int)>(
         tabs_, "page-attached", [this](AdwTabView*, AdwTabPage* page, int) {
-            if (auto* const controller = controllerOf(page)) controller->setWindow(this);
+            if (auto* const controller = controllerOf(page)) {
+                controller->setWindow(this);
+                controller->sendFullscreen(isFullScreen());
+            }
             updateChrome();
             manager_.scheduleSave();
         }));

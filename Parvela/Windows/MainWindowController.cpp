@@ -14,7 +14,6 @@ namespace {
 constexpr std::chrono::milliseconds shellPatience{700};
 /// How long a wish of the user may wait for a page that loads.
 constexpr std::chrono::milliseconds untoldPatience{30'000};
-constexpr std::chrono::milliseconds untoldPause{500};
 
 }  // namespace
 
@@ -105,13 +104,16 @@ void MainWindowController::askToClose(std::function<void(bool)> answer) {
 std::optional<Url> MainWindowController::currentURL() const {
     if (pending_) return pending_;
     const char* const uri = webkit_web_view_get_uri(webView_.get());
-    auto url = uri ? Url::parse(uri) : std::nullopt;
+    auto url = uri ? Url::parseFromEngine(uri) : std::nullopt;
     return url ? url : requested_;
 }
 
 void MainWindowController::openPath(std::string_view pathAndQuery) {
+    openPage(model_->server.get().appPageAt(pathAndQuery));
+}
+
+void MainWindowController::openPage(const Url& url) {
     const ServerConfig& server = model_->server.get();
-    const Url url = server.appPageAt(pathAndQuery);
     if (!supportsShell() || !server.isAppOrigin(url)) {
         load(url);
         return;
@@ -123,7 +125,7 @@ void MainWindowController::openPath(std::string_view pathAndQuery) {
 }
 
 void MainWindowController::tell(NativeBridge::Event event) {
-    if (supportsShell()) {
+    if (hasCommitted_ && shell_ != ShellSupport::unknown) {
         webView_.dispatch(event);
         return;
     }
@@ -131,16 +133,8 @@ void MainWindowController::tell(NativeBridge::Event event) {
     untoldPatience_ = MainLoopTimer(untoldPatience, [this] { untold_.clear(); });
 }
 
-/// A page says that it has a shell before all of it listens.
 void MainWindowController::tellUntold() {
-    for (const NativeBridge::Event& event : std::exchange(untold_, {})) {
-        webView_.dispatchOrElse(event, [weak = weak_from_this(), event] {
-            const auto self = weak.lock();
-            if (!self || !self->untoldPatience_.isActive()) return;
-            self->untold_.push_back(event);
-            self->untoldRetry_ = MainLoopTimer(untoldPause, [controller = self.get()] { controller->tellUntold(); });
-        });
-    }
+    for (const NativeBridge::Event& event : std::exchange(untold_, {})) webView_.dispatch(event);
 }
 
 void MainWindowController::committed() {
@@ -148,7 +142,8 @@ void MainWindowController::committed() {
     shellPatience_.reset();
     shell_ = ShellSupport::unknown;
     sentTitlebar_.reset();
-    boards_.clear();
+    sentFullscreen_.reset();
+    if (!boards_.empty()) setBoards({});
     if (window_) window_->updateChrome();
 }
 
@@ -156,6 +151,7 @@ void MainWindowController::finished() {
     if (shell_ == ShellSupport::unknown && !browser_.showsErrorPage()) {
         shellPatience_ = MainLoopTimer(shellPatience, [this] {
             shell_ = ShellSupport::no;
+            tellUntold();
             if (window_) window_->updateChrome();
         });
     }
@@ -169,6 +165,7 @@ void MainWindowController::pageSupportsShell() {
     tellUntold();
     if (!window_) return;
     window_->updateChrome();
+    sentFullscreen_.reset();
     sendFullscreen(window_->isFullScreen());
     sentTitlebar_.reset();
     sendTitlebar();
@@ -208,7 +205,9 @@ void MainWindowController::sendTitlebar() {
 }
 
 void MainWindowController::sendFullscreen(bool on) {
-    if (supportsShell()) webView_.dispatch(NativeBridge::Fullscreen{on});
+    if (!supportsShell() || sentFullscreen_ == on) return;
+    sentFullscreen_ = on;
+    webView_.dispatch(NativeBridge::Fullscreen{on});
 }
 
 double MainWindowController::zoom() const {

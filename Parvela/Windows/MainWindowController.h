@@ -63,8 +63,9 @@ public:
 
     /// Opens a page of the web app: the page's own router when it takes the path, else a load.
     void openPath(std::string_view pathAndQuery);
+    void openPage(const Url& url);
 
-    /// Sends the event to the page. While there is none yet, it waits for one that takes it, up to half a minute.
+    /// Sends the event to the page, once. While none has loaded, it waits for one, up to half a minute.
     void tell(NativeBridge::Event event);
 
     /// The page posted `shell`: it draws the window's title bar area by itself.
@@ -82,6 +83,7 @@ public:
 
     /// Tells the page how the window looks now. Silent while nothing changed since the last time.
     void sendTitlebar();
+    /// The same for full screen.
     void sendFullscreen(bool on);
 
     /// The page's zoom, 0.5 to 3.
@@ -107,7 +109,6 @@ private:
     MainLoopTimer shellPatience_;
     std::vector<NativeBridge::Event> untold_;
     MainLoopTimer untoldPatience_;
-    MainLoopTimer untoldRetry_;
     std::optional<Url> pending_;    ///< to load when shown
     std::optional<Url> requested_;  ///< loading now or next
     std::int64_t loadedServerRevision_ = 0;
@@ -116,6 +117,7 @@ private:
     const bool isPagesOwn_;  ///< opened by a page, which may close it too
     ShellSupport shell_ = ShellSupport::unknown;
     std::optional<NativeBridge::Titlebar> sentTitlebar_;
+    std::optional<bool> sentFullscreen_;
     Subscription serverChanged_;
 };
 

@@ -5,6 +5,7 @@
 #include "Windows/MainWindowController.h"
 #include "Windows/WindowManager.h"
 
+#include <ParvelaKit/BoardView.h>
 #include <ParvelaKit/PageZoom.h>
 
 #include <array>
@@ -15,8 +16,6 @@
 namespace parvela {
 
 namespace {
-
-constexpr std::array<std::string_view, 5> boardViews{"board", "list", "table", "calendar", "timeline"};
 
 constexpr const char* focusSearchScript =
     "(() => {\n"
@@ -30,27 +29,6 @@ constexpr const char* focusSearchScript =
 
 constexpr const char* shortcutsSheetScript =
     "document.body.dispatchEvent(new KeyboardEvent('keydown', { key: '?', bubbles: true }))";
-
-/// The board that a page of the web app shows, "/b/ID", with its percent escapes.
-std::optional<std::string> boardOf(const Url& url) {
-    constexpr std::string_view prefix = "/b/";
-    const std::string& path = url.path();
-    if (!path.starts_with(prefix)) return std::nullopt;
-    const std::string id = path.substr(prefix.size(), path.find('/', prefix.size()) - prefix.size());
-    return id.empty() ? std::nullopt : std::optional(id);
-}
-
-/// Which of boardViews a page shows.
-int viewOf(const Url& url) {
-    const auto items = decodeQuery(url.query().value_or(""));
-    for (const QueryItem& item : items.value_or(std::vector<QueryItem>{})) {
-        if (item.name != "view" || !item.value) continue;
-        for (std::size_t index = 0; index < boardViews.size(); ++index) {
-            if (boardViews[index] == *item.value) return static_cast<int>(index);
-        }
-    }
-    return 0;
-}
 
 }  // namespace
 
@@ -175,10 +153,9 @@ void WindowActions::addForText() {
 
 void WindowActions::setBoardView(MainWindowController& tab, int view) {
     const auto url = tab.currentURL();
-    const auto board = url ? boardOf(*url) : std::nullopt;
-    if (!board || view < 0 || view >= static_cast<int>(boardViews.size())) return;
-    const std::string query = view == 0 ? "" : "?view=" + std::string(boardViews[static_cast<std::size_t>(view)]);
-    tab.openPath("/b/" + *board + query);
+    const ServerConfig& server = manager_.server();
+    const auto board = url ? BoardView::boardID(*url, server) : std::nullopt;
+    if (board && view >= 0) tab.openPage(BoardView::page(*board, static_cast<std::size_t>(view), server));
 }
 
 menuTable::State WindowActions::state() const {
@@ -190,7 +167,7 @@ menuTable::State WindowActions::state() const {
         .hasPage = url.has_value(),
         .canGoBack = webkit_web_view_can_go_back(tab->webView().get()) != FALSE,
         .canGoForward = webkit_web_view_can_go_forward(tab->webView().get()) != FALSE,
-        .showsBoard = url && boardOf(*url).has_value(),
+        .showsBoard = url && BoardView::boardID(*url, manager_.server()).has_value(),
         .supportsShell = tab->supportsShell(),
     };
 }
@@ -212,8 +189,9 @@ void WindowActions::update() {
     GAction* const view = g_action_map_lookup_action(G_ACTION_MAP(window_.get()), "setBoardView");
     const auto* const tab = window_.selected();
     const auto url = tab ? tab->currentURL() : std::nullopt;
+    const auto shown = url ? BoardView::viewIndex(*url, manager_.server()) : std::nullopt;
     // No view is checked while no board is shown.
-    g_simple_action_set_state(G_SIMPLE_ACTION(view), g_variant_new_int32(url && boardOf(*url) ? viewOf(*url) : -1));
+    g_simple_action_set_state(G_SIMPLE_ACTION(view), g_variant_new_int32(shown ? static_cast<int>(*shown) : -1));
 }
 
 }  // namespace parvela

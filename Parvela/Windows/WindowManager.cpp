@@ -46,6 +46,7 @@ WindowManager::WindowManager(GtkApplication* application, std::shared_ptr<AppMod
     web_.setContentFilter(contentFilterRules(model_->server.get()));
     serverChanged_ = model_->server.observe(
         [this](const ServerConfig& server) { web_.setContentFilter(contentFilterRules(server)); });
+    linkInfoChanged_ = model_->linkInfo.observe([this](const auto&) { rebuildNativeInfoScript(); });
     notificationPermissions_ =
         connect<void(WebKitWebContext*)>(web_.context(), "initialize-notification-permissions",
                                          [this](WebKitWebContext*) { tellNotificationPermissions(); });
@@ -125,9 +126,10 @@ MainWindowController& WindowManager::makeLoading(const Url& url) {
 }
 
 MainWindow& WindowManager::openWindow(const std::optional<Url>& url) {
-    auto frame = newWindowFrame(preferences());
     // Windows that cover each other exactly look like one.
-    if (frame && !windows_.empty()) frame = WindowFrame{frame->x + 32, frame->y + 32, frame->width, frame->height};
+    const MainWindow* const front = frontWindow();
+    const auto beside = front && front->isVisible() ? front->frameBeside(MainWindow::Beside::thisWindow) : std::nullopt;
+    const auto frame = beside ? beside : newWindowFrame(preferences());
     // The page's process starts while the window is built.
     MainWindowController& tab = makeLoading(url.value_or(model_->server.get().appURL));
     MainWindow& window = makeWindow(frame);
@@ -236,6 +238,19 @@ void WindowManager::newTask(MainWindowController& tab) {
     tab.webView().dispatchOrElse(NativeBridge::NewTask{}, [quickAdd = onQuickAdd] {
         if (quickAdd) quickAdd();
     });
+}
+
+void WindowManager::newTaskInFront() {
+    const MainWindow* const window = frontWindow();
+    const bool wasVisible = window && window->isVisible();
+    showMainWindow();
+    auto* const tab = frontController();
+    if (!tab) return;
+    if (wasVisible) {
+        newTask(*tab);
+    } else {
+        tab->tell(NativeBridge::NewTask{});
+    }
 }
 
 void WindowManager::setZoom(MainWindowController& tab, double zoom) {

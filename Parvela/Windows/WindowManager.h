@@ -45,6 +45,7 @@ public:
     /// Where surfaces outside the windows say that the user wants to see one.
     WindowActivation& activation() noexcept { return activation_; }
     const Preferences& preferences() const { return model_->session.prefs(); }
+    const ServerConfig& server() const { return model_->server.get(); }
     const std::shared_ptr<const Clock>& clock() const noexcept { return clock_; }
 
     /// What the menu buttons of windows show. To be set before the first window opens; outlives the manager.
@@ -90,6 +91,8 @@ public:
 
     /// Asks the page for its form for a new task; quick add opens when the page does not take it.
     void newTask(MainWindowController& tab);
+    /// The same in the window in front. A page that was not to be seen is told when it listens.
+    void newTaskInFront();
     /// The native fallback of newTask().
     std::function<void()> onQuickAdd;
     /// Applies a zoom and remembers it for new windows.
@@ -174,6 +177,7 @@ private:
     Connection notificationPermissions_;
     Subscription stopTimer_;
     Subscription serverChanged_;
+    Subscription linkInfoChanged_;
     // Windows and tabs end inside callbacks of theirs; they go once those have returned.
     std::vector<std::unique_ptr<MainWindow>> closedWindows_;
     std::vector<std::shared_ptr<MainWindowController>> closedControllers_;

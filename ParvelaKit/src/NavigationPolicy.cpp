@@ -80,6 +80,7 @@ void NavigationPolicy::mainLoadEnded() {
 
 NavigationPolicy::Decision NavigationPolicy::blocked(std::string_view text, const ServerConfig& server) {
     const auto redirects = std::exchange(redirects_, {});
+    const Gesture gesture = std::exchange(chosen_, {}) == text ? Gesture::user : Gesture::none;
     mainFrameLoads_ = false;
     const auto url = Url::parseFromEngine(text);
     if (!url) return {Action::cancel, std::nullopt};
@@ -90,10 +91,10 @@ NavigationPolicy::Decision NavigationPolicy::blocked(std::string_view text, cons
             if (redirect && !mayStay(*redirect, server)) stopped.push_back(target);
         }
         if (stopped.empty()) return {Action::cancel, std::nullopt};
-        if (stopped.size() > 1) return outside(Action::openInBrowser, *url, Gesture::none);
-        return navigation(stopped.front(), Frame::main, Gesture::none, Purpose::show, server);
+        if (stopped.size() > 1) return outside(Action::openInBrowser, *url, gesture);
+        return navigation(stopped.front(), Frame::main, gesture, Purpose::show, server);
     }
-    return navigation(text, Frame::main, Gesture::none, Purpose::show, server);
+    return navigation(text, Frame::main, gesture, Purpose::show, server);
 }
 
 NavigationPolicy::Decision NavigationPolicy::newWindow(std::string_view text, Gesture gesture,
@@ -102,7 +103,7 @@ NavigationPolicy::Decision NavigationPolicy::newWindow(std::string_view text, Ge
     if (!url || url->scheme().empty()) return {Action::cancel, std::nullopt};
     const std::string scheme = url->lowercaseScheme();
     if (!isBrowserScheme(scheme)) return outside(Action::openWithHandler, *url, gesture);
-    if (leavesForSignIn(*url, server)) {
+    if (server.isInApp(*url) && leavesForSignIn(*url, server)) {
         return outside(Action::handOff, OAuthHandoff::startURL(server.appURL, *url), gesture);
     }
     if (server.isInApp(*url)) {

@@ -89,7 +89,7 @@ Task<Unlinked> ParvelaSession::unlinkNow(ParvelaSession session) {
     const auto guard = co_await turn;
     auto readingAgain = session.tokens_.read(server.apiURL);
     const auto current = co_await readingAgain;
-    if (current != token) co_return Unlinked::stillKept;
+    if (current && current != token) co_return Unlinked::stillKept;
 
     auto removing = session.tokens_.remove(server.apiURL);
     const SecretStatus removed = co_await removing;

@@ -5,9 +5,11 @@ import json
 import urllib.parse
 
 from harness import windows
+from harness.application import APP_ID
 from harness.case import DesktopTest
 from harness.page import PageError
 from harness.session import WindowManager
+from harness.site import Site
 from harness.waiting import stays_true, wait_until
 
 
@@ -41,6 +43,48 @@ class Proxy(DesktopTest):
         self.use_application()
         self.app.start(env={"http_proxy": "http://127.0.0.1:9", "no_proxy": "example.com"})
         self.app.page(self.service.web_url).wait_for_text("Sign in to Parvela")
+
+
+class ServerChange(DesktopTest):
+    def test_pages_stay_walled_in_after_another_server_was_set_for_a_moment(self):
+        site = Site({"/": "<!doctype html><title>Ours</title>"})
+        self.addCleanup(site.close)
+        self.use_application(site.url, site.url)
+        self.app.start()
+        self.app.wait_for_window(lambda one: one.title == "Ours")
+        self.use_bus()
+        # Back again before the rules of the other server are in force.
+        for url in ("https://other.invalid", site.url):
+            self.app.change_settings(customAppURL=url, customAPIURL=url)
+            self.bus.activate(APP_ID, "reload-settings")
+        wait_until(lambda: site.requests.count("/") > 1, "the page of the first server to be loaded again")
+        page = self.app.page(site.url)
+        foreign = site.url.replace("127.0.0.1", "127.0.0.2") + "/foreign"
+        page.evaluate(f"location.assign('{foreign}')")
+        wait_until(lambda: foreign in self.session.browser_urls(), "the foreign page in the browser")
+        self.assertNotIn("/foreign", site.requests)
+
+
+class Events(DesktopTest):
+    _PAGE = """<!doctype html><title>Ours</title><script>
+        window.heard = []; addEventListener('parvela-native', event => heard.push(event.detail.type + ':' + event.detail.on));
+        webkit.messageHandlers.parvela.postMessage({ type: 'shell', version: 1 });</script>"""
+
+    def test_a_tab_that_leaves_a_full_screen_window_is_told_so(self):
+        site = Site({"/": self._PAGE, "/other": self._PAGE.replace("Ours", "Other")})
+        self.addCleanup(site.close)
+        self.use_application(site.url, site.url)
+        self.app.start()
+        self.app.wait_for_window(lambda one: one.title == "Ours").activate()
+        page = self.app.page(site.url)
+        windows.press(self.session, "ctrl+t")
+        wait_until(lambda: len(self.app.inspector.pages()) == 2, "a second tab")
+        windows.press(self.session, "ctrl+Page_Up", "F11")
+        wait_until(lambda: page.evaluate("heard.includes('fullscreen:true')"), "the page to hear of the full screen")
+        self.use_bus()
+        self.bus.call(APP_ID, "/app/parvela/Parvela/window/1", "org.gtk.Actions.Activate", "(sava{sv})", "moveTabToNewWindow", [], {})
+        wait_until(lambda: page.evaluate("heard.filter(one => one.startsWith('full')).at(-1)") == "fullscreen:false",
+                   "the page to hear that it is in a window again")
 
 
 class Navigation(DesktopTest):

@@ -60,6 +60,8 @@ public:
     void mainLoadStarted();
     void redirected(std::string_view url);
     void mainLoadEnded();
+    /// The user has chosen `url`, by a click or a key: going there outside does not wait for its turn.
+    void chosen(std::string_view url) { chosen_ = url; }
     /// The filter has stopped the main frame's load that began at `url`: where it goes instead. When it may have been
     /// redirected to several places, that is where it began: a browser follows the right redirect by itself.
     Decision blocked(std::string_view url, const ServerConfig& server);
@@ -80,6 +82,7 @@ private:
     std::vector<Instant> tabsOpened_;
     bool mainFrameLoads_ = false;
     std::set<std::string> redirects_;
+    std::string chosen_;
 };
 
 }  // namespace parvela

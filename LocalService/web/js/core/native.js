@@ -25,6 +25,11 @@ export function postNative(message) {
 /** @type {Map<string, Set<(detail: any) => boolean|void>>} */
 const handlers = new Map();
 
+/** Wishes of the user that come before what carries them out is there; each comes once. @type {Map<string, any>} */
+const early = new Map();
+const mayBeEarly = ['newTask', 'requestLink', 'stopTimer'];
+const earlyLifetime = 30000;
+
 /**
  * @param {string} type of the shell's event
  * @param {(detail: any) => boolean|void} handler true: the page took the action, the shell need not
@@ -34,14 +39,24 @@ export function onNative(type, handler) {
   const set = handlers.get(type) ?? new Set();
   handlers.set(type, set);
   set.add(handler);
+  if (early.has(type)) {
+    handler(early.get(type));
+    early.delete(type);
+  }
   return () => set.delete(handler);
 }
 
 if (native) {
   addEventListener('parvela-native', (event) => {
     const detail = event.detail;
-    for (const handler of handlers.get(detail?.type) ?? []) {
+    const listening = handlers.get(detail?.type) ?? new Set();
+    for (const handler of listening) {
       if (handler(detail) === true) detail.handled = true;
+    }
+    if (listening.size === 0 && mayBeEarly.includes(detail?.type)) {
+      early.set(detail.type, detail);
+      detail.handled = true;
+      setTimeout(() => early.delete(detail.type), earlyLifetime);
     }
   });
 

@@ -25,7 +25,8 @@ export function stopTimerOf(key) {
 async function run(timer, commit) {
   try {
     await optimistic((data, key) => (key === 'timer' ? { timer } : data), commit);
-    invalidate((key) => key.startsWith('task:'));
+    // The timer too: an answer that was on its way may be older than this change.
+    invalidate((key) => key === 'timer' || key.startsWith('task:'));
   } catch (error) {
     toastError(error);
   }
