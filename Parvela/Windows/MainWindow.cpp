@@ -87,6 +87,8 @@ void MainWindow::connectTabs() {
         tabs_, "page-attached", [this](AdwTabView*, AdwTabPage* page, int) {
             if (auto* const controller = controllerOf(page)) controller->setWindow(this);
             updateChrome();
+            // Who drags a tab here goes on working here.
+            if (adw_tab_view_get_is_transferring_page(tabs_)) present();
             manager_.scheduleSave();
         }));
     connections_.push_back(connect<void(AdwTabView*, AdwTabPage*, int)>(
@@ -392,12 +394,11 @@ void MainWindow::toggleFill() {
         target = *std::exchange(frameBeforeFill_, std::nullopt);
     } else {
         frameBeforeFill_ = now;
-        const WindowPosition shadow = shadowOffset(get());
-        target.x -= shadow.x;
-        target.y -= shadow.y;
+        const WindowShadow shadow = shadowOf(get());
+        target.x -= shadow.left;
+        target.y -= shadow.top;
     }
-    gtk_window_set_default_size(get(), static_cast<int>(target.width), static_cast<int>(target.height));
-    moveWindow(get(), {target.x, target.y});
+    moveAndResizeWindow(get(), target);
 }
 
 void MainWindow::showMenu() {
