@@ -16,18 +16,6 @@
 
 namespace parvela {
 
-namespace {
-
-/// The widgets of a menu as long as ours take longer to build than the rest of the window.
-void fillWhenOpened(GtkMenuButton* button, GMenuModel* menu) {
-    const auto fill = [](GtkMenuButton* opened, gpointer model) {
-        if (!gtk_menu_button_get_menu_model(opened)) gtk_menu_button_set_menu_model(opened, G_MENU_MODEL(model));
-    };
-    gtk_menu_button_set_create_popup_func(button, fill, g_object_ref(menu), g_object_unref);
-}
-
-}  // namespace
-
 MainWindow::MainWindow(WindowManager& manager, GtkApplication* application, GMenuModel* menu) : manager_(manager) {
     const Interface interface("MainWindow.ui");
     window_ = Ref<AdwApplicationWindow>::ref(interface.get<AdwApplicationWindow>("window"));
@@ -39,7 +27,10 @@ MainWindow::MainWindow(WindowManager& manager, GtkApplication* application, GMen
     downloadRows_ = interface.get<GtkBox>("downloads");
     menuButton_ = interface.get<GtkMenuButton>("menuButton");
     clusterMenuButton_ = interface.get<GtkMenuButton>("clusterMenuButton");
-    for (GtkMenuButton* const button : {menuButton_, clusterMenuButton_}) fillWhenOpened(button, menu);
+    menuButtons_ = std::make_unique<MenuButtons>(get(), std::vector{menuButton_, clusterMenuButton_}, menu, [this] {
+        auto* const tab = selected();
+        return tab ? tab->widget() : nullptr;
+    });
     buttons_ =
         std::make_unique<WindowButtons>(interface.get<GtkWidget>("cluster"), interface.get<GtkWidget>("controls"));
     actions_ = std::make_unique<WindowActions>(*this, manager_);

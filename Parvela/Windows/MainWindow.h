@@ -2,6 +2,7 @@
 
 #include "Support/WindowPlacement.h"
 #include "Windows/FindBar.h"
+#include "Windows/MenuButtons.h"
 #include "Windows/WindowActions.h"
 #include "Windows/WindowButtons.h"
 
@@ -79,6 +80,8 @@ public:
     void toggleMaximized();
     void toggleFullScreen();
     void showMenu();
+    /// The widget that commands of editing are meant for; may be null.
+    GtkWidget* focus() const { return menuButtons_->focus(); }
     void showFindBar();
     /// Enables and checks the menu commands anew.
     void updateActions() { actions_->update(); }
@@ -112,6 +115,7 @@ private:
     GtkBox* downloadRows_ = nullptr;
     GtkMenuButton* menuButton_ = nullptr;
     GtkMenuButton* clusterMenuButton_ = nullptr;
+    std::unique_ptr<MenuButtons> menuButtons_;
     std::unique_ptr<WindowButtons> buttons_;
     std::unique_ptr<WindowActions> actions_;
     std::unique_ptr<FindBar> find_;

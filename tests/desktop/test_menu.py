@@ -61,6 +61,25 @@ class Menu(DesktopTest):
         self.activate("openInBrowser")
         wait_until(lambda: any(url.endswith("/home") for url in self.session.browser_urls()), "the browser to be asked")
 
+    def test_a_command_chosen_by_keys_leaves_the_keyboard_to_the_page(self):
+        page = self.start_linked()
+        page.wait_for_path("/home")
+        self.app.wait_for_window().activate()
+        wait_until(lambda: self.enabled("toggleParvelaSidebar"), "the page to draw its header itself")
+        tree = self.accessibility()
+
+        def in_menu(name):
+            return any("focused" in one.states for one in tree.find_all("menu item", name))
+
+        windows.press(self.session, "F10")
+        wait_until(lambda: in_menu("File"), "the menu")
+        windows.press(self.session, "Return", "Down")
+        wait_until(lambda: in_menu("New Task"), "the menu's first command")
+        windows.press(self.session, "Return")
+        page.wait_for_text("New task")
+        windows.type_text(self.session, "Typed")
+        wait_until(lambda: page.evaluate("document.activeElement.value") == "Typed", "the text in the form")
+
     def test_commands_and_keys_of_the_window(self):
         page = self.start_linked()
         page.wait_for_path("/home")
