@@ -3,6 +3,7 @@
 from harness import windows
 from harness.application import APP_ID
 from harness.case import DesktopTest
+from harness.site import Site
 from harness.waiting import wait_until
 
 _APPLICATION = "/app/parvela/Parvela"
@@ -118,3 +119,21 @@ class Menu(DesktopTest):
         wait_until(lambda: "_NET_WM_STATE_HIDDEN" in window.states, "the first window to be minimised")
         self.activate("arrangeInFront", path=_APPLICATION)
         wait_until(lambda: "_NET_WM_STATE_HIDDEN" not in window.states, "all windows in front")
+
+
+class MenuOfThePage(DesktopTest):
+    def test_opens_by_key_works_on_the_field_and_gives_the_keyboard_back(self):
+        site = Site({"/": "<!doctype html><title>Ours</title><textarea autofocus>before</textarea>"})
+        self.addCleanup(site.close)
+        self.use_application(site.url, site.url)
+        self.app.start()
+        page = self.app.page(site.url)
+        self.app.wait_for_window(lambda one: one.title == "Ours").activate()
+        wait_until(lambda: page.evaluate("document.hasFocus() && document.activeElement.tagName") == "TEXTAREA", "the focus")
+        tree = self.accessibility()
+        windows.press(self.session, "shift+F10")
+        wait_until(lambda: any("focused" in one.states for one in tree.find_all("menu item", "Undo")), "the menu")
+        windows.press(self.session, *["Down"] * 7, "Return")  # to "Select All"
+        wait_until(lambda: page.evaluate("document.activeElement.selectionEnd") == len("before"), "the text to be selected")
+        windows.type_text(self.session, "after")
+        wait_until(lambda: page.evaluate("document.activeElement.value") == "after", "the text that was typed")
