@@ -48,7 +48,11 @@ void MenuButtons::giveFocusBack() {
     GtkWidget* const wanted = focus();
     if (wanted != gtk_window_get_focus(window_) || !wanted) {
         GtkWidget* const target = wanted && gtk_widget_get_mapped(wanted) ? wanted : otherwise_();
-        if (target) gtk_widget_grab_focus(target);
+        if (GTK_IS_TEXT(target)) {
+            gtk_text_grab_focus_without_selecting(GTK_TEXT(target));
+        } else if (target) {
+            gtk_widget_grab_focus(target);
+        }
     }
     g_clear_weak_pointer(&before_);
 }
