@@ -203,6 +203,16 @@ void MainWindow::transferChanged() {
     }
 }
 
+void MainWindow::selectNext() {
+    if (adw_tab_view_select_next_page(tabs_)) return;
+    adw_tab_view_set_selected_page(tabs_, adw_tab_view_get_nth_page(tabs_, 0));
+}
+
+void MainWindow::selectPrevious() {
+    if (adw_tab_view_select_previous_page(tabs_)) return;
+    adw_tab_view_set_selected_page(tabs_, adw_tab_view_get_nth_page(tabs_, adw_tab_view_get_n_pages(tabs_) - 1));
+}
+
 void MainWindow::moveToNewWindow(MainWindowController& controller) {
     AdwTabPage* const page = pageOf(controller);
     if (!page || adw_tab_view_get_n_pages(tabs_) < 2) return;

@@ -48,8 +48,9 @@ public:
     /// Gives a tab a window of its own.
     void moveToNewWindow(MainWindowController& controller);
     void closeOthers(MainWindowController& controller);
-    void selectNext() { adw_tab_view_select_next_page(tabs_); }
-    void selectPrevious() { adw_tab_view_select_previous_page(tabs_); }
+    /// After the last tab comes the first.
+    void selectNext();
+    void selectPrevious();
     /// The tab whose own menu is open; else the one in front.
     MainWindowController* tabOfMenu() const;
     /// In tab order.
