@@ -95,7 +95,12 @@ MainMenu::MainMenu(GtkApplication* application) : compact_(newMenu()), bar_(newM
     }
     setKeys(application, "win.showMenu", {"F10"});
     g_menu_append_section(compact_.get(), nullptr, G_MENU_MODEL(submenus.get()));
-    g_menu_append_section(compact_.get(), nullptr, G_MENU_MODEL(own.get()));
+    // Lines are drawn between the outermost sections only.
+    for (int index = 0; index < g_menu_model_get_n_items(G_MENU_MODEL(own.get())); ++index) {
+        const auto section =
+            Ref<GMenuModel>::adopt(g_menu_model_get_item_link(G_MENU_MODEL(own.get()), index, G_MENU_LINK_SECTION));
+        g_menu_append_section(compact_.get(), nullptr, section.get());
+    }
     gtk_application_set_menubar(application, G_MENU_MODEL(bar_.get()));
 }
 

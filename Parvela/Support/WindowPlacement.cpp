@@ -70,9 +70,10 @@ std::optional<WindowPosition> windowPosition(GtkWindow* window) {
     return WindowPosition{left / x->scale, top / x->scale};
 }
 
-WindowPosition shadowOffset(GtkWindow* window) {
+WindowShadow shadowOf(GtkWindow* window) {
+    constexpr WindowShadow none{0, 0, 0, 0};
     const auto x = xWindowOf(window);
-    if (!x) return {0, 0};
+    if (!x) return none;
     const Atom extents = XInternAtom(x->display, "_GTK_FRAME_EXTENTS", True);
     Atom type = 0;
     int format = 0;
@@ -81,13 +82,14 @@ WindowPosition shadowOffset(GtkWindow* window) {
     unsigned char* data = nullptr;
     if (extents == 0 || XGetWindowProperty(x->display, x->id, extents, 0, 4, False, XA_CARDINAL, &type, &format, &count,
                                            &left, &data) != 0) {
-        return {0, 0};
+        return none;
     }
     const std::unique_ptr<unsigned char, int (*)(void*)> owned(data, XFree);
-    if (type != XA_CARDINAL || format != 32 || count != 4) return {0, 0};  // no shadow is drawn
-    std::array<long, 4> sides{};                                           // left, right, top, bottom
+    if (type != XA_CARDINAL || format != 32 || count != 4) return none;  // no shadow is drawn
+    std::array<long, 4> sides{};
     std::memcpy(sides.data(), data, sizeof sides);
-    return {static_cast<double>(sides[0]) / x->scale, static_cast<double>(sides[2]) / x->scale};
+    const auto side = [&](std::size_t index) { return static_cast<double>(sides[index]) / x->scale; };
+    return {.left = side(0), .right = side(1), .top = side(2), .bottom = side(3)};
 }
 
 std::optional<WindowPosition> pointerPosition(GtkWindow* window) {
@@ -122,6 +124,18 @@ void moveWindow(GtkWindow* window, WindowPosition position) {
         XSetWMNormalHints(x->display, x->id, hints.get());
     }
     XMoveWindow(x->display, x->id, left, top);
+    XFlush(x->display);
+}
+
+void moveAndResizeWindow(GtkWindow* window, const WindowFrame& frame) {
+    const auto x = xWindowOf(window);
+    if (!x) return;
+    const WindowShadow shadow = shadowOf(window);
+    const auto pixels = [&](double points) { return std::lround(points * x->scale); };
+    // The toolkit does not ask again for a size that the window manager has once refused.
+    XMoveResizeWindow(x->display, x->id, static_cast<int>(pixels(frame.x)), static_cast<int>(pixels(frame.y)),
+                      static_cast<unsigned int>(pixels(frame.width + shadow.left + shadow.right)),
+                      static_cast<unsigned int>(pixels(frame.height + shadow.top + shadow.bottom)));
     XFlush(x->display);
 }
 

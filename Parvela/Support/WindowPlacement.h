@@ -20,14 +20,23 @@ struct WindowPosition {
 /// The upper left corner of a shown window; none while it is hidden, maximised, minimised or full screen.
 std::optional<WindowPosition> windowPosition(GtkWindow* window);
 
-/// How far the window's visible corner lies inside what windowPosition() places: the width of its shadow there.
-WindowPosition shadowOffset(GtkWindow* window);
+/// How far a window's visible edges lie inside what windowPosition() places: the width of its shadow at each side.
+struct WindowShadow {
+    double left;
+    double right;
+    double top;
+    double bottom;
+};
+WindowShadow shadowOf(GtkWindow* window);
 
 /// Where the pointer is, in the same coordinates; none where the desktop does not tell.
 std::optional<WindowPosition> pointerPosition(GtkWindow* window);
 
 /// Moves a window, or lets it appear there when it has not been shown yet.
 void moveWindow(GtkWindow* window, WindowPosition position);
+
+/// Gives a shown window another place and size: the corner as windowPosition() reads it, the size without shadow.
+void moveAndResizeWindow(GtkWindow* window, const WindowFrame& frame);
 
 bool isMinimized(GtkWindow* window);
 

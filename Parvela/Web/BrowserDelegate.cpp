@@ -61,7 +61,9 @@ BrowserDelegate::BrowserDelegate(WebEnvironment& environment, ParvelaWebView& we
       closing_(webView.get()),
       dialogs_(webView.get()),
       permissions_(webView.get(), model_->session.prefs()),
-      contextMenu_(webView.get(), [this](const Url& url) { desktop_.open(url); }) {
+      contextMenu_(webView.get(), [this](const Url& url) { desktop_.open(url); }),
+      keyboardMenu_(webView.get(), [this](const Url& url) { desktop_.open(url); }) {
+    webView_.onMenuKey = [this] { keyboardMenu_.show(); };
     const auto attention = [this] {
         if (onAttention) onAttention();
     };

@@ -2,6 +2,7 @@
 
 #include "Model/AppModel.h"
 #include "Web/CrashGuard.h"
+#include "Web/KeyboardMenu.h"
 #include "Web/PageClosing.h"
 #include "Web/PageContextMenu.h"
 #include "Web/PageDialogs.h"
@@ -91,6 +92,7 @@ private:
     PageDialogs dialogs_;
     PagePermissions permissions_;
     PageContextMenu contextMenu_;
+    KeyboardMenu keyboardMenu_;
 };
 
 }  // namespace parvela

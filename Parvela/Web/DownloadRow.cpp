@@ -9,6 +9,7 @@ namespace parvela {
 namespace {
 
 constexpr guint finishedRowSeconds = 12;
+constexpr gint64 pulsePause = 150 * G_TIME_SPAN_MILLISECOND;
 
 void takeOut(GtkWidget* row) {
     GtkWidget* const parent = gtk_widget_get_parent(row);
@@ -43,8 +44,15 @@ DownloadRow::~DownloadRow() {
     if (!finished_) takeOut(row_.get());
 }
 
-void DownloadRow::setProgress(double progress) {
-    gtk_progress_bar_set_fraction(GTK_PROGRESS_BAR(progress_), progress);
+void DownloadRow::setProgress(std::optional<double> progress) {
+    if (progress) {
+        gtk_progress_bar_set_fraction(GTK_PROGRESS_BAR(progress_), *progress);
+        return;
+    }
+    const gint64 now = g_get_monotonic_time();
+    if (now - pulsedAt_ < pulsePause) return;
+    pulsedAt_ = now;
+    gtk_progress_bar_pulse(GTK_PROGRESS_BAR(progress_));
 }
 
 void DownloadRow::finish(const std::filesystem::path& file) {

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include <gtk/gtk.h>
@@ -19,8 +20,8 @@ public:
     DownloadRow& operator=(const DownloadRow&) = delete;
     ~DownloadRow();
 
-    /// 0 to 1.
-    void setProgress(double progress);
+    /// How much of it has come, 0 to 1; none when nobody knows how much there is.
+    void setProgress(std::optional<double> progress);
     /// The file is there.
     void finish(const std::filesystem::path& file);
 
@@ -29,6 +30,7 @@ private:
     GtkWidget* progress_;
     GtkWidget* button_;
     Connection pressed_;
+    gint64 pulsedAt_ = 0;
     bool finished_ = false;
 };
 

@@ -10,6 +10,25 @@
 
 namespace parvela {
 
+namespace {
+
+/// The file's size as the server has announced it; none where it says nothing, or speaks of a compressed form of it.
+std::optional<guint64> announcedLength(WebKitDownload* download) {
+    WebKitURIResponse* const response = webkit_download_get_response(download);
+    const guint64 length = response ? webkit_uri_response_get_content_length(response) : 0;
+    SoupMessageHeaders* const headers = response ? webkit_uri_response_get_http_headers(response) : nullptr;
+    if (length == 0 || !headers || soup_message_headers_get_one(headers, "Content-Encoding")) return std::nullopt;
+    return length;
+}
+
+/// The engine takes the end of the connection for the end of the file.
+bool isWhole(WebKitDownload* download) {
+    const auto length = announcedLength(download);
+    return !length || webkit_download_get_received_data_length(download) >= *length;
+}
+
+}  // namespace
+
 /// One download, from its start until it has ended.
 struct Downloads::Item {
     Ref<WebKitDownload> download;
@@ -38,9 +57,11 @@ void Downloads::started(WebKitDownload* download) {
         download, "decide-destination", [this, &item](WebKitDownload*, const char* suggested) {
             return static_cast<gboolean>(decideDestination(item, suggested));
         }));
-    item.connections.push_back(connect<void(WebKitDownload*, GParamSpec*)>(
-        download, "notify::estimated-progress", [&item](WebKitDownload* source, GParamSpec*) {
-            if (item.row) item.row->setProgress(webkit_download_get_estimated_progress(source));
+    item.connections.push_back(
+        connect<void(WebKitDownload*, guint64)>(download, "received-data", [&item](WebKitDownload* source, guint64) {
+            if (!item.row) return;
+            item.row->setProgress(
+                announcedLength(source) ? std::optional(webkit_download_get_estimated_progress(source)) : std::nullopt);
         }));
     item.connections.push_back(connect<void(WebKitDownload*, GError*)>(
         download, "failed", [this, &item](WebKitDownload*, GError* error) { failed(item, error); }));
@@ -74,17 +95,27 @@ bool Downloads::decideDestination(Item& item, const char* suggestedName) {
 void Downloads::failed(Item& item, const GError* error) {
     item.hasFailed = true;
     if (g_error_matches(error, WEBKIT_DOWNLOAD_ERROR, WEBKIT_DOWNLOAD_ERROR_CANCELLED_BY_USER)) return;
+    tellFailure(item, error->message);
+}
+
+void Downloads::tellFailure(const Item& item, const std::string& reason) const {
     if (!notify) return;
     const CharPtr identifier(g_uuid_string_random());
     notify(UserNotification{
         .title = "Download failed",
-        .body = item.destination.empty() ? error->message : item.name() + ": " + error->message,
+        .body = item.destination.empty() ? reason : item.name() + ": " + reason,
         .identifier = identifier.get(),
     });
 }
 
 /// Comes after failed() as well.
 void Downloads::finished(Item& item) {
+    if (!item.hasFailed && !isWhole(item.download.get())) {
+        item.hasFailed = true;
+        std::error_code error;
+        std::filesystem::remove(item.destination, error);
+        tellFailure(item, "The connection ended before the whole file had come.");
+    }
     if (!item.hasFailed && !item.destination.empty()) {
         if (item.row) std::exchange(item.row, nullptr)->finish(item.destination);
         const CharPtr identifier(g_uuid_string_random());

@@ -37,6 +37,7 @@ private:
     bool decideDestination(Item& item, const char* suggestedName);
     void finished(Item& item);
     void failed(Item& item, const GError* error);
+    void tellFailure(const Item& item, const std::string& reason) const;
     void remove(const Item& item);
     bool isTaken(const std::string& name) const;
 

@@ -1,5 +1,6 @@
 #include "Web/ParvelaWebView.h"
 
+#include "Web/KeyboardMenu.h"
 #include "Web/WebEnvironment.h"
 
 #include <Platform/MainLoop.h>
@@ -94,9 +95,11 @@ void ParvelaWebView::watchKeys() {
     GtkEventController* const keys = gtk_event_controller_key_new();
     gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
     typed_ = connect<gboolean(GtkEventControllerKey*, guint, guint, GdkModifierType)>(
-        keys, "key-pressed", [this](GtkEventControllerKey*, guint, guint, GdkModifierType) {
+        keys, "key-pressed", [this](GtkEventControllerKey*, guint key, guint, GdkModifierType modifiers) {
             if (const auto tell = std::exchange(onFirstKey, nullptr)) tell();
-            return gboolean{GDK_EVENT_PROPAGATE};
+            if (!onMenuKey || !KeyboardMenu::isCalledBy(key, modifiers)) return gboolean{GDK_EVENT_PROPAGATE};
+            onMenuKey();
+            return gboolean{GDK_EVENT_STOP};
         });
     gtk_widget_add_controller(widget(), keys);
 }

@@ -55,6 +55,8 @@ public:
 
     /// Called at the first key press in the page.
     std::function<void()> onFirstKey;
+    /// Called for the keys that ask for a menu; the page is told of it by whoever answers.
+    std::function<void()> onMenuKey;
 
 private:
     bool buttonIsHeld() const;

@@ -16,18 +16,6 @@
 
 namespace parvela {
 
-namespace {
-
-/// The widgets of a menu as long as ours take longer to build than the rest of the window.
-void fillWhenOpened(GtkMenuButton* button, GMenuModel* menu) {
-    const auto fill = [](GtkMenuButton* opened, gpointer model) {
-        if (!gtk_menu_button_get_menu_model(opened)) gtk_menu_button_set_menu_model(opened, G_MENU_MODEL(model));
-    };
-    gtk_menu_button_set_create_popup_func(button, fill, g_object_ref(menu), g_object_unref);
-}
-
-}  // namespace
-
 MainWindow::MainWindow(WindowManager& manager, GtkApplication* application, GMenuModel* menu) : manager_(manager) {
     const Interface interface("MainWindow.ui");
     window_ = Ref<AdwApplicationWindow>::ref(interface.get<AdwApplicationWindow>("window"));
@@ -39,7 +27,10 @@ MainWindow::MainWindow(WindowManager& manager, GtkApplication* application, GMen
     downloadRows_ = interface.get<GtkBox>("downloads");
     menuButton_ = interface.get<GtkMenuButton>("menuButton");
     clusterMenuButton_ = interface.get<GtkMenuButton>("clusterMenuButton");
-    for (GtkMenuButton* const button : {menuButton_, clusterMenuButton_}) fillWhenOpened(button, menu);
+    menuButtons_ = std::make_unique<MenuButtons>(get(), std::vector{menuButton_, clusterMenuButton_}, menu, [this] {
+        auto* const tab = selected();
+        return tab ? tab->widget() : nullptr;
+    });
     buttons_ =
         std::make_unique<WindowButtons>(interface.get<GtkWidget>("cluster"), interface.get<GtkWidget>("controls"));
     actions_ = std::make_unique<WindowActions>(*this, manager_);
@@ -90,6 +81,8 @@ void MainWindow::connectTabs() {
                 controller->sendFullscreen(isFullScreen());
             }
             updateChrome();
+            // Who drags a tab here goes on working here.
+            if (adw_tab_view_get_is_transferring_page(tabs_)) present();
             manager_.scheduleSave();
         }));
     connections_.push_back(connect<void(AdwTabView*, AdwTabPage*, int)>(
@@ -211,6 +204,16 @@ void MainWindow::transferChanged() {
     } else {
         updateChrome();
     }
+}
+
+void MainWindow::selectNext() {
+    if (adw_tab_view_select_next_page(tabs_)) return;
+    adw_tab_view_set_selected_page(tabs_, adw_tab_view_get_nth_page(tabs_, 0));
+}
+
+void MainWindow::selectPrevious() {
+    if (adw_tab_view_select_previous_page(tabs_)) return;
+    adw_tab_view_set_selected_page(tabs_, adw_tab_view_get_nth_page(tabs_, adw_tab_view_get_n_pages(tabs_) - 1));
 }
 
 void MainWindow::moveToNewWindow(MainWindowController& controller) {
@@ -395,12 +398,11 @@ void MainWindow::toggleFill() {
         target = *std::exchange(frameBeforeFill_, std::nullopt);
     } else {
         frameBeforeFill_ = now;
-        const WindowPosition shadow = shadowOffset(get());
-        target.x -= shadow.x;
-        target.y -= shadow.y;
+        const WindowShadow shadow = shadowOf(get());
+        target.x -= shadow.left;
+        target.y -= shadow.top;
     }
-    gtk_window_set_default_size(get(), static_cast<int>(target.width), static_cast<int>(target.height));
-    moveWindow(get(), {target.x, target.y});
+    moveAndResizeWindow(get(), target);
 }
 
 void MainWindow::showMenu() {

@@ -2,6 +2,7 @@
 
 #include "Support/WindowPlacement.h"
 #include "Windows/FindBar.h"
+#include "Windows/MenuButtons.h"
 #include "Windows/WindowActions.h"
 #include "Windows/WindowButtons.h"
 
@@ -47,8 +48,9 @@ public:
     /// Gives a tab a window of its own.
     void moveToNewWindow(MainWindowController& controller);
     void closeOthers(MainWindowController& controller);
-    void selectNext() { adw_tab_view_select_next_page(tabs_); }
-    void selectPrevious() { adw_tab_view_select_previous_page(tabs_); }
+    /// After the last tab comes the first.
+    void selectNext();
+    void selectPrevious();
     /// The tab whose own menu is open; else the one in front.
     MainWindowController* tabOfMenu() const;
     /// In tab order.
@@ -79,6 +81,8 @@ public:
     void toggleMaximized();
     void toggleFullScreen();
     void showMenu();
+    /// The widget that commands of editing are meant for; may be null.
+    GtkWidget* focus() const { return menuButtons_->focus(); }
     void showFindBar();
     /// Enables and checks the menu commands anew.
     void updateActions() { actions_->update(); }
@@ -112,6 +116,7 @@ private:
     GtkBox* downloadRows_ = nullptr;
     GtkMenuButton* menuButton_ = nullptr;
     GtkMenuButton* clusterMenuButton_ = nullptr;
+    std::unique_ptr<MenuButtons> menuButtons_;
     std::unique_ptr<WindowButtons> buttons_;
     std::unique_ptr<WindowActions> actions_;
     std::unique_ptr<FindBar> find_;

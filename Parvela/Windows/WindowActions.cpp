@@ -141,7 +141,7 @@ void WindowActions::addForText() {
     }};
     for (const Command& command : commands) {
         add(command.action, [this, &command](MainWindowController& tab) {
-            GtkWidget* const focus = gtk_window_get_focus(window_.get());
+            GtkWidget* const focus = window_.focus();
             if (GTK_IS_TEXT(focus)) {
                 gtk_widget_activate_action(focus, command.fieldAction, nullptr);
             } else {

@@ -3,6 +3,7 @@
 from harness import windows
 from harness.application import APP_ID
 from harness.case import DesktopTest
+from harness.site import Site
 from harness.waiting import wait_until
 
 _APPLICATION = "/app/parvela/Parvela"
@@ -61,6 +62,25 @@ class Menu(DesktopTest):
         self.activate("openInBrowser")
         wait_until(lambda: any(url.endswith("/home") for url in self.session.browser_urls()), "the browser to be asked")
 
+    def test_a_command_chosen_by_keys_leaves_the_keyboard_to_the_page(self):
+        page = self.start_linked()
+        page.wait_for_path("/home")
+        self.app.wait_for_window().activate()
+        wait_until(lambda: self.enabled("toggleParvelaSidebar"), "the page to draw its header itself")
+        tree = self.accessibility()
+
+        def in_menu(name):
+            return any("focused" in one.states for one in tree.find_all("menu item", name))
+
+        windows.press(self.session, "F10")
+        wait_until(lambda: in_menu("File"), "the menu")
+        windows.press(self.session, "Return", "Down")
+        wait_until(lambda: in_menu("New Task"), "the menu's first command")
+        windows.press(self.session, "Return")
+        page.wait_for_text("New task")
+        windows.type_text(self.session, "Typed")
+        wait_until(lambda: page.evaluate("document.activeElement.value") == "Typed", "the text in the form")
+
     def test_commands_and_keys_of_the_window(self):
         page = self.start_linked()
         page.wait_for_path("/home")
@@ -91,6 +111,10 @@ class Menu(DesktopTest):
         self.app.wait_for_window(lambda one: "Home" in one.title)
         windows.press(self.session, "ctrl+shift+Tab")
         self.app.wait_for_window(lambda one: "Inbox" in one.title)
+        self.activate("selectNextTab")
+        self.app.wait_for_window(lambda one: "Home" in one.title, "the first tab after the last")
+        self.activate("selectPreviousTab")
+        self.app.wait_for_window(lambda one: "Inbox" in one.title, "the last tab before the first")
         self.activate("moveTabToNewWindow")
         wait_until(lambda: len(self.app.windows()) == 2, "a window for the tab")
         self.activate("newWindow", path=_APPLICATION)
@@ -99,3 +123,21 @@ class Menu(DesktopTest):
         wait_until(lambda: "_NET_WM_STATE_HIDDEN" in window.states, "the first window to be minimised")
         self.activate("arrangeInFront", path=_APPLICATION)
         wait_until(lambda: "_NET_WM_STATE_HIDDEN" not in window.states, "all windows in front")
+
+
+class MenuOfThePage(DesktopTest):
+    def test_opens_by_key_works_on_the_field_and_gives_the_keyboard_back(self):
+        site = Site({"/": "<!doctype html><title>Ours</title><textarea autofocus>before</textarea>"})
+        self.addCleanup(site.close)
+        self.use_application(site.url, site.url)
+        self.app.start()
+        page = self.app.page(site.url)
+        self.app.wait_for_window(lambda one: one.title == "Ours").activate()
+        wait_until(lambda: page.evaluate("document.hasFocus() && document.activeElement.tagName") == "TEXTAREA", "the focus")
+        tree = self.accessibility()
+        windows.press(self.session, "shift+F10")
+        wait_until(lambda: any("focused" in one.states for one in tree.find_all("menu item", "Undo")), "the menu")
+        windows.press(self.session, *["Down"] * 7, "Return")  # to "Select All"
+        wait_until(lambda: page.evaluate("document.activeElement.selectionEnd") == len("before"), "the text to be selected")
+        windows.type_text(self.session, "after")
+        wait_until(lambda: page.evaluate("document.activeElement.value") == "after", "the text that was typed")

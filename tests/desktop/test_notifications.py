@@ -8,6 +8,7 @@ from harness import windows
 from harness.application import APP_ID
 from harness.case import DesktopTest
 from harness.overheard import FileManager, Monitor, Notifications, call
+from harness.site import Site
 from harness.waiting import stays_true, wait_until
 
 _DOWNLOAD = """(() => { const a = document.createElement('a'); a.download = 'report a.txt';
@@ -50,6 +51,18 @@ class DownloadNotification(DesktopTest):
                          notifications.body("Downloaded report a.txt"))
         notifications.click()
         wait_until(lambda: files.shown() == [[f"file://{self.session.home}/Downloads/report%20a.txt"]], "the file to be revealed")
+
+    def test_a_file_of_which_a_part_came_has_failed(self):
+        notifications = Notifications(self.session)
+        half = (200, {"Content-Disposition": "attachment; filename=half.bin", "Content-Length": "8000"}, b"x" * 4000)
+        site = Site({"/": "<!doctype html><title>Ours</title>", "/half": half})
+        self.addCleanup(site.close)
+        self.use_application(site.url, site.url)
+        self.app.start()
+        self.app.page(site.url).evaluate("location.assign('/half')")
+        notifications.wait_for("Download failed")
+        self.assertEqual("half.bin: The connection ended before the whole file had come.", notifications.body("Download failed"))
+        self.assertEqual([], list((self.session.home / "Downloads").iterdir()))
 
 
 class PageNotification(DesktopTest):

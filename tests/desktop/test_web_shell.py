@@ -208,7 +208,7 @@ class TornTabs(DesktopTest):
 
 
 class TitleBar(DesktopTest):
-    window_manager = WindowManager.openbox
+    size = (1600, 1000)
 
     def test_a_double_click_does_what_the_settings_say(self):
         self.use_service()
@@ -235,3 +235,7 @@ class TitleBar(DesktopTest):
         self.assertNotIn("_NET_WM_STATE_MAXIMIZED_VERT", window.states)
         page.evaluate(double_click)
         wait_until(lambda: seen() == before, "the window as it was")
+
+
+class TitleBarOfWindowsWithShadow(TitleBar):
+    window_manager = WindowManager.mutter
