@@ -122,22 +122,48 @@ void MainWindowController::openPath(std::string_view pathAndQuery) {
     });
 }
 
-void MainWindowController::tell(NativeBridge::Event event) {
+void MainWindowController::tell(NativeBridge::Event event, std::function<void()> otherwise) {
     if (supportsShell()) {
-        webView_.dispatch(event);
+        if (otherwise) {
+            webView_.dispatchOrElse(event, std::move(otherwise));
+        } else {
+            webView_.dispatch(event);
+        }
         return;
     }
-    untold_.push_back(std::move(event));
-    untoldPatience_ = MainLoopTimer(untoldPatience, [this] { untold_.clear(); });
+    if (shell_ == ShellSupport::no && otherwise) {
+        otherwise();
+        return;
+    }
+    untold_.push_back({std::move(event), std::move(otherwise)});
+    untoldPatience_ = MainLoopTimer(untoldPatience, [this] {
+        giveUpTelling();
+        untold_.clear();
+    });
+}
+
+/// Whoever knows something else to do does it; the others go on waiting.
+void MainWindowController::giveUpTelling() {
+    auto all = std::exchange(untold_, {});
+    for (Untold& one : all) {
+        if (one.otherwise) {
+            one.otherwise();
+        } else {
+            untold_.push_back(std::move(one));
+        }
+    }
 }
 
 /// A page says that it has a shell before all of it listens.
 void MainWindowController::tellUntold() {
-    for (const NativeBridge::Event& event : std::exchange(untold_, {})) {
-        webView_.dispatchOrElse(event, [weak = weak_from_this(), event] {
+    for (const Untold& one : std::exchange(untold_, {})) {
+        webView_.dispatchOrElse(one.event, [weak = weak_from_this(), one] {
             const auto self = weak.lock();
-            if (!self || !self->untoldPatience_.isActive()) return;
-            self->untold_.push_back(event);
+            if (!self || !self->untoldPatience_.isActive()) {
+                if (one.otherwise) one.otherwise();
+                return;
+            }
+            self->untold_.push_back(one);
             self->untoldRetry_ = MainLoopTimer(untoldPause, [controller = self.get()] { controller->tellUntold(); });
         });
     }
@@ -156,6 +182,7 @@ void MainWindowController::finished() {
     if (shell_ == ShellSupport::unknown && !browser_.showsErrorPage()) {
         shellPatience_ = MainLoopTimer(shellPatience, [this] {
             shell_ = ShellSupport::no;
+            giveUpTelling();
             if (window_) window_->updateChrome();
         });
     }

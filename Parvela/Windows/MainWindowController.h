@@ -64,8 +64,9 @@ public:
     /// Opens a page of the web app: the page's own router when it takes the path, else a load.
     void openPath(std::string_view pathAndQuery);
 
-    /// Sends the event to the page. While there is none yet, it waits for one that takes it, up to half a minute.
-    void tell(NativeBridge::Event event);
+    /// Sends the event to the page. While there is none yet, it waits for one that takes it, up to half a minute;
+    /// `otherwise` is called when none does. It must hold no raw pointer that may dangle.
+    void tell(NativeBridge::Event event, std::function<void()> otherwise = nullptr);
 
     /// The page posted `shell`: it draws the window's title bar area by itself.
     void pageSupportsShell();
@@ -94,7 +95,12 @@ public:
 private:
     enum class ShellSupport { unknown, yes, no };
 
+    struct Untold {
+        NativeBridge::Event event;
+        std::function<void()> otherwise;
+    };
     void tellUntold();
+    void giveUpTelling();
     void committed();
     void finished();
 
@@ -105,7 +111,7 @@ private:
     MainWindow* window_ = nullptr;
     std::vector<Connection> connections_;
     MainLoopTimer shellPatience_;
-    std::vector<NativeBridge::Event> untold_;
+    std::vector<Untold> untold_;
     MainLoopTimer untoldPatience_;
     MainLoopTimer untoldRetry_;
     std::optional<Url> pending_;    ///< to load when shown

@@ -229,11 +229,7 @@ void WindowManager::askToCloseAll(std::function<void()> agreed) {
 }
 
 void WindowManager::newTask(MainWindowController& tab) {
-    if (!tab.supportsShell()) {
-        if (onQuickAdd) onQuickAdd();
-        return;
-    }
-    tab.webView().dispatchOrElse(NativeBridge::NewTask{}, [quickAdd = onQuickAdd] {
+    tab.tell(NativeBridge::NewTask{}, [quickAdd = onQuickAdd] {
         if (quickAdd) quickAdd();
     });
 }

@@ -9,6 +9,7 @@ import urllib.request
 from harness import windows
 from harness.application import APP_ID
 from harness.case import DesktopTest
+from harness.session import WindowManager
 from harness.waiting import stays_true, wait_until
 
 _BUS = ("gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/org/freedesktop/DBus", "--method",
@@ -302,6 +303,27 @@ class Focus(QuickAddTest):
                 break
         for name in ("New task", "Date: Tomorrow", "Add Task", "Refresh", "Open Parvela", "Settings", "Quit Parvela"):
             self.assertIn(name, reached)
+
+
+class BareDesktop(QuickAddTest):
+    """This window manager leaves the keyboard where it was when the bare desktop is clicked."""
+
+    window_manager = WindowManager.mutter
+
+    def test_a_click_on_it_closes_and_one_inside_does_not(self):
+        self.start()
+        popover = self.open()
+        windows.type_text(self.session, "Draft")
+        popover.click(300, 25)
+        for y in (130, 210):  # the board picker, and the second board in its list
+            popover.click(150, y)
+            stays_true(lambda: self.popover() is not None, "clicks inside leave it open", duration=0.5)
+        self.session.run("xdotool", "mousemove", "20", "780", "click", "4")
+        stays_true(lambda: self.popover() is not None, "the wheel leaves it open", duration=0.5)
+        self.session.run("xdotool", "click", "1")
+        self.wait_until_closed()
+        self.open()
+        self.wait_for_text("Draft")
 
 
 class OfflineLines(QuickAddTest):
