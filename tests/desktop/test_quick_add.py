@@ -341,6 +341,7 @@ class OfflineLines(QuickAddTest):
         self.tree.wait_for("push button", "Try Now").press()
         wait_until(lambda: self.person.find_card("Buy milk"), "the card")
         wait_until(lambda: self.tree.find("label", contains="waiting") is None, "the section to go")
+        self.assertIsNone(self.tree.find("label", contains="It will be added"), "the promise has come true")
 
         self.service.stop()
         windows.type_text(self.session, "Refused lien")
