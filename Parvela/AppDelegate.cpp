@@ -16,6 +16,7 @@
 
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <string_view>
 #include <unistd.h>
 #include <utility>
@@ -146,7 +147,11 @@ void AppDelegate::willFinishLaunching() {
     // Nor when the session's bus goes: the windows work without it.
     if (GDBusConnection* const bus = g_application_get_dbus_connection(G_APPLICATION(application_.get()))) {
         g_dbus_connection_set_exit_on_close(bus, FALSE);
+    } else {
+        // WebKit ends the program when it is to lead its processes to a bus that is not there.
+        setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
     }
+    accessibleWindows_.emplace();
     windows_ = std::make_unique<WindowManager>(GTK_APPLICATION(application_.get()), model_, desktop_, notifications_,
                                                clock_, paths_);
     if (!drawsSafely()) windows_->onNothingDrawn = [this] { offerSafeRenderer(); };
@@ -490,6 +495,7 @@ void AppDelegate::willTerminate() {
     waitingLines_.reset();
     router_.reset();
     windows_.reset();
+    accessibleWindows_.reset();
     plainEdges_.reset();
 }
 

@@ -8,6 +8,7 @@
 #include "Model/PushRegistrar.h"
 #include "Notifications/DesktopPresence.h"
 #include "Settings/SettingsView.h"
+#include "Support/AccessibleWindows.h"
 #include "Support/DesktopServices.h"
 #include "Support/PlainEdges.h"
 #include "Support/WaitingLines.h"
@@ -99,6 +100,7 @@ private:
     std::shared_ptr<const Clock> clock_;
     DefaultApplications desktop_;
     std::optional<PlainEdges> plainEdges_;
+    std::optional<AccessibleWindows> accessibleWindows_;
     std::unique_ptr<WindowManager> windows_;
     std::shared_ptr<WaitingLines> waitingLines_;
     std::unique_ptr<StatusItemController> statusItem_;

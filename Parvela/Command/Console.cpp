@@ -82,6 +82,19 @@ private:
     bool active_ = false;
 };
 
+ExitStatus statusOf(const APIError& error) {
+    switch (error.kind()) {
+        case APIError::Case::missingToken:
+        case APIError::Case::unauthorized:
+            return ExitStatus::notLinked;
+        case APIError::Case::offline:
+        case APIError::Case::timedOut:
+            return ExitStatus::offline;
+        default:
+            return ExitStatus::failure;
+    }
+}
+
 }  // namespace
 
 std::string presentable(std::string_view text) {
@@ -150,20 +163,11 @@ ExitStatus Console::fail(std::string_view message, ExitStatus status) const {
 }
 
 ExitStatus Console::fail(const APIError& error) const {
-    switch (error.kind()) {
-        case APIError::Case::missingToken:
-        case APIError::Case::unauthorized:
-            return fail(error.message(), ExitStatus::notLinked);
-        case APIError::Case::offline:
-        case APIError::Case::timedOut:
-            return fail(error.message(), ExitStatus::offline);
-        default:
-            return fail(error.message());
-    }
+    return fail(error.message(), statusOf(error));
 }
 
 ExitStatus Console::fail(const IntentError& error) const {
-    if (error.apiError) return fail(*error.apiError);
+    if (error.apiError) return fail(error.message, statusOf(*error.apiError));
     return fail(error.message, error.isMisuse() ? ExitStatus::usage : ExitStatus::failure);
 }
 

@@ -4,6 +4,8 @@
 
 #include <chrono>
 
+#include <gdk/x11/gdkx.h>
+
 namespace parvela {
 
 namespace {
@@ -27,6 +29,7 @@ PopoverWindow::PopoverWindow(GtkWindow* window) : window_(window) {
 
 void PopoverWindow::prepare() {
     becomeUtility(window_);
+    if (GDK_IS_X11_DISPLAY(gtk_widget_get_display(GTK_WIDGET(window_)))) desktopClicks_ = X11DesktopClicks::open();
     if (gdk_display_is_composited(gtk_widget_get_display(GTK_WIDGET(window_)))) {
         gtk_widget_add_css_class(GTK_WIDGET(window_), "composited");
     }
@@ -63,6 +66,7 @@ void PopoverWindow::present(std::optional<PopoverAnchor> anchor, const std::opti
     presentForUser(window_, token);
     // Window managers place a window anew whenever it is mapped.
     place();
+    if (desktopClicks_) desktopClicks_->start([this] { close(Focus::leave); });
 }
 
 void PopoverWindow::place() {
@@ -94,6 +98,7 @@ void PopoverWindow::close(Focus focus) {
 }
 
 void PopoverWindow::didHide() {
+    if (desktopClicks_) desktopClicks_->stop();
     focusLoss_.reset();
     before_.reset();
     if (onClosed) onClosed();

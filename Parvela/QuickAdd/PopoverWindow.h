@@ -4,8 +4,10 @@
 
 #include <ParvelaKit/GLibPtr.h>
 #include <Platform/MainLoop.h>
+#include <Platform/X11DesktopClicks.h>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,7 +27,7 @@ struct PopoverAnchor {
 /// by itself.
 ///
 /// It goes when another window gets the keyboard for good. A layout switch, a hot key or an input method that holds the
-/// keyboard for a moment does not take it away.
+/// keyboard for a moment does not take it away. On X11 it goes by a click on the bare desktop too.
 class PopoverWindow {
 public:
     explicit PopoverWindow(GtkWindow* window);
@@ -55,6 +57,7 @@ private:
     GtkWindow* window_;
     std::optional<PopoverAnchor> anchor_;
     std::optional<DesktopWindow> before_;  ///< had the keyboard before us
+    std::unique_ptr<X11DesktopClicks> desktopClicks_;
     MainLoopTimer focusLoss_;
     int looksWithoutFocus_ = 0;
     std::vector<Connection> connections_;

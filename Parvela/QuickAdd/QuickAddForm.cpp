@@ -60,6 +60,8 @@ void QuickAddForm::observe() {
     };
     subscriptions_.push_back(model_->tokenHint.observe(forget));
     subscriptions_.push_back(model_->serverRevision.observe(forget));
+    subscriptions_.push_back(
+        waitingLines_->queue().status().observe([this](const OfflineQueueStatus& status) { queueChanged(status); }));
     session_.restore(QuickAddDrafts::read(model_->session.prefs().store()));
     field_.reset();
     boardChanged();
@@ -161,6 +163,13 @@ void QuickAddForm::ended(Result<QuickAddReceipt, QuickAddFailure> receipt, Quick
     }
     update();
     if (receipt && then == QuickAddField::Submit::close && onAddedAndDone) onAddedAndDone();
+}
+
+/// What was promised for the line just typed has come true, or stands beside it in the queue.
+void QuickAddForm::queueChanged(const OfflineQueueStatus& status) {
+    if (created_ || !note_ || status.waiting + status.sending > 0) return;
+    note_.reset();
+    update();
 }
 
 void QuickAddForm::forgetOutcome() {

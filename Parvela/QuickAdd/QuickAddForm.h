@@ -61,6 +61,7 @@ private:
                            std::shared_ptr<WaitingLines> waitingLines, QuickAddSubmission submission,
                            std::string boardName, QuickAddField::Submit then);
     void ended(Result<QuickAddReceipt, QuickAddFailure> receipt, QuickAddField::Submit then);
+    void queueChanged(const OfflineQueueStatus& status);
     void forgetOutcome();
     void update();
 

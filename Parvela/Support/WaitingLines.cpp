@@ -52,8 +52,8 @@ void WaitingLines::statusChanged(const OfflineQueueStatus& status) {
     }
     if (status.nextTry && *status.nextTry > clock_->now()) haveWaited_ = true;
     if (before.waiting + before.sending > 0 && status.waiting + status.sending == 0 && status.failed <= before.failed) {
-        // What was added at once is shown where it was typed.
-        if (std::exchange(haveWaited_, false)) report_("The lines that waited were added.");
+        // What was added at once is shown where it was typed. A list that is damaged or gone has added nothing.
+        if (std::exchange(haveWaited_, false) && !status.notice) report_("The lines that waited were added.");
         model_->refreshDue().detach();
     }
 }

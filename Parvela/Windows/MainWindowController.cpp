@@ -124,17 +124,29 @@ void MainWindowController::openPage(const Url& url) {
     });
 }
 
-void MainWindowController::tell(NativeBridge::Event event) {
+void MainWindowController::tell(NativeBridge::Event event, std::function<void()> otherwise) {
+    untold_.push_back({std::move(event), std::move(otherwise)});
     if (hasCommitted_ && shell_ != ShellSupport::unknown) {
-        webView_.dispatch(event);
+        tellUntold();
         return;
     }
-    untold_.push_back(std::move(event));
-    untoldPatience_ = MainLoopTimer(untoldPatience, [this] { untold_.clear(); });
+    untoldPatience_ = MainLoopTimer(untoldPatience, [this] {
+        for (const Untold& one : std::exchange(untold_, {})) {
+            if (one.otherwise) one.otherwise();
+        }
+    });
 }
 
 void MainWindowController::tellUntold() {
-    for (const NativeBridge::Event& event : std::exchange(untold_, {})) webView_.dispatch(event);
+    for (const Untold& one : std::exchange(untold_, {})) {
+        if (!one.otherwise) {
+            webView_.dispatch(one.event);
+        } else if (supportsShell()) {
+            webView_.dispatchOrElse(one.event, one.otherwise);
+        } else {
+            one.otherwise();
+        }
+    }
 }
 
 void MainWindowController::committed() {

@@ -65,8 +65,9 @@ public:
     void openPath(std::string_view pathAndQuery);
     void openPage(const Url& url);
 
-    /// Sends the event to the page, once. While none has loaded, it waits for one, up to half a minute.
-    void tell(NativeBridge::Event event);
+    /// Sends the event to the page, once. While none has loaded, it waits for one, up to half a minute. `otherwise` is
+    /// called when no page takes it; without it nobody asks. It must hold no raw pointer that may dangle.
+    void tell(NativeBridge::Event event, std::function<void()> otherwise = nullptr);
 
     /// The page posted `shell`: it draws the window's title bar area by itself.
     void pageSupportsShell();
@@ -96,6 +97,10 @@ public:
 private:
     enum class ShellSupport { unknown, yes, no };
 
+    struct Untold {
+        NativeBridge::Event event;
+        std::function<void()> otherwise;
+    };
     void tellUntold();
     void committed();
     void finished();
@@ -107,7 +112,7 @@ private:
     MainWindow* window_ = nullptr;
     std::vector<Connection> connections_;
     MainLoopTimer shellPatience_;
-    std::vector<NativeBridge::Event> untold_;
+    std::vector<Untold> untold_;
     MainLoopTimer untoldPatience_;
     std::optional<Url> pending_;    ///< to load when shown
     std::optional<Url> requested_;  ///< loading now or next

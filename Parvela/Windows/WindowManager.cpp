@@ -231,26 +231,14 @@ void WindowManager::askToCloseAll(std::function<void()> agreed) {
 }
 
 void WindowManager::newTask(MainWindowController& tab) {
-    if (!tab.supportsShell()) {
-        if (onQuickAdd) onQuickAdd();
-        return;
-    }
-    tab.webView().dispatchOrElse(NativeBridge::NewTask{}, [quickAdd = onQuickAdd] {
+    tab.tell(NativeBridge::NewTask{}, [quickAdd = onQuickAdd] {
         if (quickAdd) quickAdd();
     });
 }
 
 void WindowManager::newTaskInFront() {
-    const MainWindow* const window = frontWindow();
-    const bool wasVisible = window && window->isVisible();
     showMainWindow();
-    auto* const tab = frontController();
-    if (!tab) return;
-    if (wasVisible) {
-        newTask(*tab);
-    } else {
-        tab->tell(NativeBridge::NewTask{});
-    }
+    if (auto* const tab = frontController()) newTask(*tab);
 }
 
 void WindowManager::setZoom(MainWindowController& tab, double zoom) {

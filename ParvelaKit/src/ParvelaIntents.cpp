@@ -115,8 +115,8 @@ Outcome addTask(ParvelaSession session, OfflineQueue* queue, AddTaskIntent inten
     auto receipt = co_await submitting;
     if (!receipt) {
         const auto& failure = receipt.error().apiFailure();
-        if (failure) co_return failed(*failure);
-        co_return misused(IntentError::Case::noTitle, receipt.error().message());
+        if (!failure) co_return misused(IntentError::Case::noTitle, receipt.error().message());
+        co_return Failure(IntentError{IntentError::Case::call, receipt.error().message(), failure->error()});
     }
     if (!receipt->task) co_return IntentResult{receipt->note.value_or(std::string())};
 

@@ -6,6 +6,7 @@ namespace {
 constexpr const char* emptyTitleText = "Give the task a title.";
 constexpr const char* repeatNote = "Repeat rules can't be set from quick add — set the repeat in Parvela.";
 constexpr const char* leftInTitleNote = " Left it in the title.";
+constexpr const char* notKeptNote = " The line could not be saved for later.";
 
 std::optional<std::vector<std::string>> unlessEmpty(std::vector<std::string> ids) {
     if (ids.empty()) return std::nullopt;
@@ -28,7 +29,8 @@ NewTask newTask(QuickAddResult parsed, const QuickAddSubmission& submission) {
 
 std::string QuickAddFailure::message() const {
     if (!failure_) return emptyTitleText;
-    return failure_->error() ? failure_->error()->message() : std::string();
+    if (!failure_->error()) return {};
+    return failure_->error()->message() + (isNotKept_ ? notKeptNote : "");
 }
 
 Result<QuickAddDraft, QuickAddFailure> QuickAddService::parse(const QuickAddSubmission& submission) {

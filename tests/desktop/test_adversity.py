@@ -5,6 +5,7 @@ import pathlib
 import signal
 
 from harness import processes, windows
+from harness.application import APP_ID
 from harness.case import DesktopTest
 from harness.session import Keyring
 from harness.waiting import stays_true, wait_until
@@ -51,6 +52,36 @@ class LockedKeyring(DesktopTest):
         page.wait_for_text("Sign in to Parvela")
         stays_true(lambda: all("parvela" in str(window.wm_class).lower() for window in windows.windows(self.session)),
                    "only Parvela's own windows are there", duration=1.5)
+
+
+class NoSessionBus(DesktopTest):
+    def test_windows_settings_and_quick_add_come_up(self):
+        self.use_service()
+        self.use_application()
+        self.app.start(env={"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere/bus"})
+        self.app.page(self.service.web_url).wait_for_text("Sign in to Parvela")
+        self.app.wait_for_window().activate()
+        windows.press(self.session, "ctrl+comma")
+        self.app.wait_for_window(lambda one: one.title == "Parvela Settings", "the Settings window")
+        windows.press(self.session, "ctrl+alt+space")
+        self.app.wait_for_window(lambda one: one.title == "Parvela Quick Add", "the quick-add window")
+
+
+class ScreenReader(DesktopTest):
+    def test_asks_for_windows_that_have_just_gone(self):
+        self.start_linked()
+        tree = self.accessibility()
+        for action, keys in (("newWindow", "ctrl+w"), ("showSettings", "Escape"), ("showQuickAdd", "Escape")):
+            with self.subTest(action=action):
+                before = self.app.windows()
+                self.session.run("gapplication", "action", APP_ID, action)
+                window = wait_until(lambda: next((one for one in self.app.windows() if one not in before), None), "another window")
+                tree.ask_past_the_end()
+                window.activate()
+                windows.press(self.session, keys)
+                wait_until(lambda: not window.exists(), "the window to close")
+                tree.ask_past_the_end()
+                self.assertIsNotNone(tree.find("frame"), "the program answers")
 
 
 class LostParts(DesktopTest):

@@ -4,7 +4,7 @@ import datetime
 
 from harness import windows
 from harness.case import DesktopTest
-from harness.waiting import wait_until
+from harness.waiting import stays_true, wait_until
 
 
 class MainJob(DesktopTest):
@@ -73,6 +73,26 @@ class SecondLaunch(DesktopTest):
         result = self.app.command("open", "TSK-3")
         self.assertEqual((0, "Open TSK-3\n"), (result.returncode, result.stdout))
         page.wait_for_path("/t/TSK-3")
+
+
+class LaunchOptions(DesktopTest):
+    def test_open_a_task_form_or_a_window_at_the_start_and_in_the_program_that_runs(self):
+        page = self.start_linked()
+        page.wait_for_path("/home")
+        self.assertEqual(0, self.app.start_again("--new-window").returncode)
+        wait_until(lambda: len(self.app.windows()) == 2, "a second window")
+        self.assertEqual(0, self.app.start_again("--background").returncode)
+        stays_true(lambda: len(self.app.windows()) == 2, "nothing is shown", duration=0.5)
+        page.close()
+        self.app.windows()[1].activate()
+        windows.press(self.session, "ctrl+w")
+        wait_until(lambda: len(self.app.windows()) == 1, "the second window to close")
+        self.app.windows()[0].activate()
+        windows.press(self.session, "ctrl+q")
+        wait_until(lambda: not self.app.process.running(), "the application to quit")
+
+        self.app.start("--new-task")
+        self.app.page(self.service.web_url).wait_for_text("Add another")
 
 
 class Unlink(DesktopTest):

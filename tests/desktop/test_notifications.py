@@ -40,6 +40,21 @@ class DailySummary(DesktopTest):
         stays_true(lambda: len(notifications.titles()) == 1, "one summary a day", duration=2)
 
 
+    def test_is_sent_from_settings_on_request(self):
+        notifications = Notifications(self.session)
+        self.start_linked()
+        self.app.wait_for_window().activate()
+        windows.press(self.session, "ctrl+comma")
+        self.app.wait_for_window(lambda one: one.title == "Parvela Settings", "the Settings window").activate()
+        windows.press(self.session, "alt+3")
+        tree = self.accessibility()
+        for count in (1, 2):
+            tree.wait_for("push button", "Send a Summary Now").press()
+            wait_until(lambda: len(notifications.titles()) == count, "a summary for each request")
+        self.assertRegex(notifications.titles()[0], r" due today$")
+        tree.wait_for(contains="The summary was sent.")
+
+
 class DownloadNotification(DesktopTest):
     def test_reveals_the_file(self):
         files = FileManager(self.session)

@@ -9,6 +9,7 @@ import urllib.request
 from harness import windows
 from harness.application import APP_ID
 from harness.case import DesktopTest
+from harness.session import WindowManager
 from harness.waiting import stays_true, wait_until
 
 _BUS = ("gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/org/freedesktop/DBus", "--method",
@@ -304,6 +305,27 @@ class Focus(QuickAddTest):
             self.assertIn(name, reached)
 
 
+class BareDesktop(QuickAddTest):
+    """This window manager leaves the keyboard where it was when the bare desktop is clicked."""
+
+    window_manager = WindowManager.mutter
+
+    def test_a_click_on_it_closes_and_one_inside_does_not(self):
+        self.start()
+        popover = self.open()
+        windows.type_text(self.session, "Draft")
+        popover.click(300, 25)
+        for y in (130, 210):  # the board picker, and the second board in its list
+            popover.click(150, y)
+            stays_true(lambda: self.popover() is not None, "clicks inside leave it open", duration=0.5)
+        self.session.run("xdotool", "mousemove", "20", "780", "click", "4")
+        stays_true(lambda: self.popover() is not None, "the wheel leaves it open", duration=0.5)
+        self.session.run("xdotool", "click", "1")
+        self.wait_until_closed()
+        self.open()
+        self.wait_for_text("Draft")
+
+
 class OfflineLines(QuickAddTest):
     def test_wait_are_sent_and_are_retried_or_discarded_when_refused(self):
         self.start()
@@ -319,6 +341,7 @@ class OfflineLines(QuickAddTest):
         self.tree.wait_for("push button", "Try Now").press()
         wait_until(lambda: self.person.find_card("Buy milk"), "the card")
         wait_until(lambda: self.tree.find("label", contains="waiting") is None, "the section to go")
+        self.assertIsNone(self.tree.find("label", contains="It will be added"), "the promise has come true")
 
         self.service.stop()
         windows.type_text(self.session, "Refused lien")

@@ -4,7 +4,7 @@
 
 namespace parvela::test {
 
-/// Stands still until the test moves it. Its day is the UTC day of its time.
+/// Stands still until the test moves it. Its day is the UTC day of its time, unless the test travels east or west.
 class FakeClock final : public Clock {
 public:
     explicit FakeClock(Instant start = Instant(std::chrono::sys_days(std::chrono::year(2026) / 6 / 10)) +
@@ -13,14 +13,15 @@ public:
 
     Instant now() const override { return time; }
     CivilDate today() const override {
-        return CivilDate::fromDayNumber(std::chrono::floor<std::chrono::days>(time).time_since_epoch().count());
+        return CivilDate::fromDayNumber(std::chrono::floor<std::chrono::days>(time + zone).time_since_epoch().count());
     }
     Instant moment(CivilDate day, std::int64_t minutesAfterMidnight) const override {
-        return Instant(std::chrono::days(day.dayNumber())) + std::chrono::minutes(minutesAfterMidnight);
+        return Instant(std::chrono::days(day.dayNumber())) + std::chrono::minutes(minutesAfterMidnight) - zone;
     }
     void advance(std::chrono::milliseconds by) { time += by; }
 
     Instant time;
+    std::chrono::hours zone{0};  ///< ahead of UTC
 };
 
 }  // namespace parvela::test

@@ -48,6 +48,12 @@ class QuickAddFailure {
 public:
     static QuickAddFailure emptyTitle() { return {}; }
     QuickAddFailure(APIFailure failure) : failure_(std::move(failure)) {}  // NOLINT: every APIFailure is one
+    /// The line would have waited for the service, but there was no place to keep it.
+    static QuickAddFailure notKept(APIFailure failure) {
+        QuickAddFailure made(std::move(failure));
+        made.isNotKept_ = true;
+        return made;
+    }
 
     bool isEmptyTitle() const noexcept { return !failure_.has_value(); }
     /// How the call ended; none when nothing was sent.
@@ -61,6 +67,7 @@ private:
     QuickAddFailure() = default;
 
     std::optional<APIFailure> failure_;
+    bool isNotKept_ = false;
 };
 
 /// Turns typed lines into tasks.

@@ -61,6 +61,7 @@ void OfflineQueue::Machine::open() {
         }
     }
     if (lock == QueueLock::Attempt::taken) lock_.release();
+    mayOpenLater_ = !store && store.error().problem != QueueStore::OpenProblem::newerVersion;
     if (store) {
         store_ = *std::move(store);
         return;
@@ -73,7 +74,16 @@ void OfflineQueue::Machine::open() {
                           store.error().reason));
 }
 
-void OfflineQueue::Machine::setNotice(std::string notice) {
+void OfflineQueue::Machine::reopen() {
+    if (store_ || !mayOpenLater_) return;
+    const auto before = status.get().notice;
+    open();
+    if (!store_) return;
+    if (status.get().notice == before) setNotice(std::nullopt);
+    refreshCounts();
+}
+
+void OfflineQueue::Machine::setNotice(std::optional<std::string> notice) {
     auto changed = status.get();
     changed.notice = std::move(notice);
     status.set(std::move(changed));
@@ -104,6 +114,7 @@ void OfflineQueue::Machine::retryNow() {
     halted_ = false;
     pausedUntil_ = {};
     outagesInRow_ = faultsInRow_ = 0;
+    reopen();
     if (client_ && store_) (void)worked(store_->forgetPauses(client_->baseURL.text()));
     startPump();
 }
@@ -279,7 +290,9 @@ void OfflineQueue::Machine::refreshCounts() {
     QueueCounts counts;
     if (store_) {
         const auto counted = store_->counts();
-        if (worked(counted)) counts = *counted;
+        // A file that cannot be read now has not lost its lines.
+        if (!worked(counted) && store_) return;
+        if (counted) counts = *counted;
     }
     auto changed = status.get();
     changed.waiting = counts.waiting;
@@ -290,6 +303,7 @@ void OfflineQueue::Machine::refreshCounts() {
 }
 
 OfflineQueue::Machine::Kept OfflineQueue::Machine::keep(const NewQueuedLine& line) {
+    reopen();
     if (!store_ || line.line.size() > longestKeptLine) return {};
     const bool maySend = takeLock();
     const auto inserted = store_->insert(line, maySend ? QueuedLine::State::sending : QueuedLine::State::waiting);
@@ -325,9 +339,11 @@ Task<Result<QuickAddReceipt, QuickAddFailure>> OfflineQueue::Machine::submit(std
     Answer answer = co_await call;
 
     const bool isKept = flight && machine->isCurrent(*flight);
-    const bool waits = isKept && !answer && foundNoService(answer.error());
+    const bool mayWait = !answer && foundNoService(answer.error());
+    const bool waits = isKept && mayWait;
     if (!answer && !waits) {
         if (flight) forgetNextTurn(machine, *flight).detach();
+        if (mayWait) co_return Failure(QuickAddFailure::notKept(std::move(answer.error())));
         co_return Failure<QuickAddFailure>(std::move(answer.error()));
     }
     if (flight) machine->inFlight_.erase(*flight);

@@ -43,7 +43,9 @@ private:
     using Flight = std::pair<std::int64_t, std::int64_t>;
 
     void open();
-    void setNotice(std::string notice);
+    /// Another try with a file that could not be opened before.
+    void reopen();
+    void setNotice(std::optional<std::string> notice);
     Instant now() const { return environment_.clock->now(); }
 
     /// Takes the right to send, and what an earlier holder left behind. False when another program has it.
@@ -94,6 +96,7 @@ private:
     QueueLock lock_;
     std::optional<QueueStore> store_;
     std::int64_t storeGeneration_ = 0;
+    bool mayOpenLater_ = false;  ///< there is no store, for a reason that may pass
     std::optional<ParvelaAPI> client_;
     std::stop_source closing_;
 

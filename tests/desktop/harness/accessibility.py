@@ -89,6 +89,10 @@ class AccessibilityTree:
                         if part)
         return wait_until(lambda: self.find(role, name, contains), f"{what} in the accessibility tree", timeout, interval=0.1)
 
+    def ask_past_the_end(self):
+        """A question about a window that is not there."""
+        self.ask("ask_past_the_end", application=self._application)
+
     def outline(self):
         """The whole visible tree as indented text, for a failure report."""
         return self.ask("outline", application=self._application)

@@ -5,6 +5,9 @@
 #include "support/FakeTransport.h"
 #include "support/MemoryStore.h"
 
+#include <map>
+#include <set>
+
 namespace parvela {
 namespace {
 
@@ -164,6 +167,25 @@ TEST_F(DailySummarySchedulerTest, aClockSetToOtherDaysAndBackSendsEachDayOnce) {
     EXPECT_THAT(posted(),
                 ElementsAre("daily-summary-2026-06-10", "daily-summary-2026-06-09", "daily-summary-2026-06-11",
                             "daily-summary-2026-06-08", "daily-summary-2026-06-12"));
+}
+
+TEST_F(DailySummarySchedulerTest, aJourneyThroughTimeZonesSendsOnEveryDateOnce) {
+    const std::map<int, std::chrono::hours> flights{{5, 14h}, {30, -10h}, {33, 2h}, {70, -12h}, {71, 14h}, {100, 0h}};
+    std::set<std::string> reached;
+    for (int hour = 0; hour < 150; ++hour) {
+        clock->time = start + hour * 1h;
+        network.answer(dueRoute, 200, R"({"tasks":[]})");
+        if (const auto flight = flights.find(hour); flight != flights.end() || hour == 0) {
+            if (hour > 0) clock->zone = flight->second;
+            scheduler->reschedule();
+        } else if (clock->time >= alarm) {
+            ringAlarm();
+        }
+        if (clock->now() >= clock->moment(clock->today(), 9 * 60 + 30)) {
+            reached.insert("daily-summary-" + clock->today().text());
+        }
+    }
+    EXPECT_THAT(posted(), testing::UnorderedElementsAreArray(reached));
 }
 
 TEST_F(DailySummarySchedulerTest, aYearOfDaysLeavesASmallNote) {

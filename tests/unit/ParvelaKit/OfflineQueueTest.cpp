@@ -364,7 +364,7 @@ TEST_F(OfflineQueueTest, doesNotKeepLinesWithoutEnd) {
         auto task = submit(std::string(size, 'a'));
         return std::move(task).result();
     };
-    EXPECT_EQ(trySubmitting(OfflineQueue::longestKeptLine + 1).error(), QuickAddFailure(APIError::offline()));
+    EXPECT_EQ(trySubmitting(OfflineQueue::longestKeptLine + 1).error(), QuickAddFailure::notKept(APIError::offline()));
     EXPECT_EQ(counts(), "0w0s0f");
     EXPECT_TRUE(trySubmitting(OfflineQueue::longestKeptLine));
     EXPECT_EQ(queue_->lines(1)[0].line.size(), OfflineQueue::longestKeptLine);
@@ -405,11 +405,34 @@ TEST_F(OfflineQueueTest, sendsWithoutKeepingWhenTheDiskRefuses) {
     ASSERT_TRUE(other.run("BEGIN IMMEDIATE"));
     network_.fail(createTask, TransportError::unreachable);
     auto lost = submit("One");
-    EXPECT_EQ(std::move(lost).result().error().message(), APIError::offline().message())
+    EXPECT_EQ(std::move(lost).result().error().message(),
+              APIError::offline().message() + " The line could not be saved for later.")
         << "the caller must not believe that it was saved";
     willCreate();
     auto sent = submit("Two");
     EXPECT_TRUE(std::move(sent).result()->task);
+}
+
+TEST_F(OfflineQueueTest, aFileThatCouldNotBeReadForAWhileHasLostNothing) {
+    start();
+    submitOffline({"One"});
+    ASSERT_TRUE(OtherConnection(file()).run("ALTER TABLE lines RENAME TO hidden"));
+    network_.fail(createTask, TransportError::unreachable);
+    auto lost = submit("Two");
+    EXPECT_FALSE(std::move(lost).result());
+    EXPECT_EQ(counts(), "1w0s0f");
+    ASSERT_TRUE(OtherConnection(file()).run("ALTER TABLE hidden RENAME TO lines"));
+
+    queue_.reset();
+    std::filesystem::rename(file(), folder_ / "aside");
+    std::filesystem::create_directory(file());
+    start();
+    EXPECT_THAT(queue_->status().get().notice.value_or(""), testing::HasSubstr("can't be saved for later"));
+    std::filesystem::remove(file());
+    std::filesystem::rename(folder_ / "aside", file());
+    submitOffline({"Three"});
+    EXPECT_EQ(counts(), "2w0s0f");
+    EXPECT_EQ(queue_->status().get().notice, std::nullopt);
 }
 
 TEST_F(OfflineQueueTest, setsADamagedFileAside) {

@@ -1,11 +1,15 @@
 #include "DesktopFacilities.h"
+#include "TemporaryFolder.h"
 
 #include <Platform/FileRevealer.h>
 #include <Platform/GlobalShortcutsPortal.h>
 #include <Platform/LauncherBadge.h>
+#include <Platform/MainLoop.h>
 #include <Platform/SleepMonitor.h>
+#include <Platform/TimeZoneMonitor.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -183,6 +187,19 @@ TEST_F(DesktopFacilities, thePortalsRefusalIsToldFromItsAbsence) {
     portal.answer = 1;
     EXPECT_EQ(runUntilDone(shortcuts.bind(controlOptionSpace, "Quick Add")).error(),
               GlobalShortcutsPortal::Problem::refused);
+}
+
+TEST(TimeZoneMonitor, tellsWhenTheSystemIsGivenAnotherZone) {
+    const testing::TemporaryFolder folder;
+    std::filesystem::create_symlink("/usr/share/zoneinfo/Europe/Berlin", folder.path() / "localtime");
+    int changes = 0;
+    const TimeZoneMonitor monitor([&] { ++changes; }, folder.path() / "localtime");
+    std::filesystem::create_symlink("/usr/share/zoneinfo/Asia/Tokyo", folder.path() / "new");
+    std::filesystem::rename(folder.path() / "new", folder.path() / "localtime");
+    bool isLate = false;
+    const MainLoopTimer limit(std::chrono::seconds(10), [&] { isLate = true; });
+    while (changes == 0 && !isLate) g_main_context_iteration(nullptr, TRUE);
+    EXPECT_GT(changes, 0);
 }
 
 }  // namespace
