@@ -16,11 +16,12 @@ public:
         return CivilDate::fromDayNumber(std::chrono::floor<std::chrono::days>(time).time_since_epoch().count());
     }
     Instant moment(CivilDate day, std::int64_t minutesAfterMidnight) const override {
-        return Instant(std::chrono::days(day.dayNumber())) + std::chrono::minutes(minutesAfterMidnight);
+        return Instant(std::chrono::days(day.dayNumber())) + std::chrono::minutes(minutesAfterMidnight) - zone;
     }
     void advance(std::chrono::milliseconds by) { time += by; }
 
     Instant time;
+    std::chrono::minutes zone{0};  ///< in which moment() takes wall clock times, ahead of UTC
 };
 
 }  // namespace parvela::test
