@@ -85,8 +85,7 @@ Task<Result<void, LinkError>> AppModel::adoptLink(BridgeMessage::Link link, std:
     // A board of another workspace must never stay the default.
     if (!previous || previous->workspaceId != workspaceId) setDefaultBoard(std::nullopt);
     environment_.notifications->linkChanged.post();
-    refreshAll().detach();
-    environment_.syncPush();
+    refreshThenSyncPush().detach();
     co_return Result<void, LinkError>();
 }
 
@@ -100,8 +99,7 @@ Task<Result<void, PastedTokenError>> AppModel::savePastedToken(std::string text)
     auto reloading = reloadCredentials();
     co_await reloading;
     environment_.notifications->linkChanged.post();
-    refreshAll().detach();
-    environment_.syncPush();
+    refreshThenSyncPush().detach();
     co_return Result<void, PastedTokenError>();
 }
 
@@ -130,6 +128,13 @@ Task<void> AppModel::refreshAll() {
     auto dueRefresh = refreshDue();
     co_await boardsRefresh;
     co_await dueRefresh;
+}
+
+Task<void> AppModel::refreshThenSyncPush() {
+    const auto self = shared_from_this();
+    auto refreshing = refreshAll();
+    co_await refreshing;
+    environment_.syncPush();
 }
 
 Task<void> AppModel::refreshBoards() {

@@ -107,6 +107,7 @@ private:
     AppModel(ParvelaSession session, AppModelEnvironment environment);
 
     Task<std::optional<ParvelaAPI>> makeClient() const;
+    Task<void> refreshThenSyncPush();
     void repairDefaultBoard();
     void persistDefaultBoard();
     void forgetLists();
