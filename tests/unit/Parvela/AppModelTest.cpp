@@ -266,6 +266,37 @@ TEST_F(AppModelTest, unlinkingForgetsEverythingEvenWhenTheServiceFails) {
     EXPECT_THAT(badges, ElementsAre("none"));
 }
 
+TEST_F(AppModelTest, aTokenThatAnotherProgramChangesEndsWhatWasAskedWithIt) {
+    struct Case {
+        std::optional<std::string> stored;
+        bool isTheSame;
+    };
+    for (const auto& [stored, isTheSame] : {Case{"tk_secret", true}, {"tk_another", false}, {std::nullopt, false}}) {
+        const auto model = makeLinkedModel();
+        network.answer(dueRoute, 200, tasksBody({task("t1", false)}));
+        run(model->refreshDue());
+        model->setBadge(3);
+        model->setTimer(TimerInfo{"TSK-1", "Brief", std::nullopt, clock->now()});
+        const auto boards = network.hold(boardsRoute);
+        auto refreshing = model->refreshBoards();
+        int announced = 0;
+        const auto subscription = notifications->linkChanged.observe([&announced] { ++announced; });
+
+        secrets->secrets.clear();
+        if (stored) secrets->secrets["app.parvela.token 127.0.0.1:3213"] = *stored;
+        run(model->reloadCredentials());
+        run(model->reloadCredentials());
+        boards.resolve(network.ok(boardsBody({"b1"})));
+        EXPECT_TRUE(refreshing.done());
+        const std::string name = stored.value_or("none");
+        EXPECT_EQ(model->boards.get().size(), isTheSame ? 1U : 0U) << name;
+        EXPECT_EQ(announced, isTheSame ? 0 : 1) << name;
+        EXPECT_EQ(model->dueToday.get().size(), stored ? 1U : 0U) << name;
+        EXPECT_EQ(model->timer.get().has_value(), stored.has_value()) << name;
+        EXPECT_EQ(model->badgeCount.get(), stored ? 3 : 0) << name;
+    }
+}
+
 TEST_F(AppModelTest, theBadgeShowsCountsFromOne) {
     const auto model = makeModel();
     for (const std::int64_t count : {5, 5, 0, -1, 1200}) model->setBadge(count);
