@@ -177,7 +177,7 @@ void AppDelegate::didFinishLaunching() {
     menu_ = std::make_unique<MainMenu>(GTK_APPLICATION(application_.get()));
     windows_->setMenu(menu_->model());
     router_ = std::make_shared<URLRouter>(
-        model_, *windows_,
+        model_, *windows_, waitingLines_,
         URLRouterSurfaces{.showAlert = [this](const std::string& message,
                                               const std::string& informative) { showAlert(message, informative); },
                           .showQuickAdd = [this] { showQuickAdd(); },

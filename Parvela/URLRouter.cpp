@@ -1,5 +1,6 @@
 #include "URLRouter.h"
 
+#include "Support/WaitingLines.h"
 #include "Windows/MainWindow.h"
 #include "Windows/MainWindowController.h"
 #include "Windows/WindowManager.h"
@@ -7,7 +8,6 @@
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/OAuthHandoff.h>
 #include <ParvelaKit/ParvelaIntents.h>
-#include <ParvelaKit/QuickAddService.h>
 #include <Platform/FileRevealer.h>
 
 #include <utility>
@@ -124,17 +124,29 @@ Task<void> URLRouter::addShared(std::shared_ptr<URLRouter> self, SharedContent c
         self->surfaces_.showAlert(title, error.value_or("Pick a default board in Settings first."));
         co_return;
     }
+    const std::string shared = content.title;
     QuickAddSubmission submission{.line = std::move(content.title),
                                   .board = *board,
                                   .today = self->model_->session.clock().today(),
                                   .description = std::move(content.description)};
-    auto adding = QuickAddService::create(std::move(submission), *api);
+    auto lines = self->waitingLines_.lock();
+    if (!lines) co_return;
+    const auto& prefs = self->model_->session.prefs();
+    auto adding = lines->queue().submit(std::move(submission), prefs.defaultBoardName().value_or(std::string()), *api);
+    lines.reset();  // the application may end before the answer comes
     const auto added = co_await adding;
-    if (added) {
+    if (added && added->task) {
+        const TaskSummary& task = *added->task;
+        self->surfaces_.notify(UserNotification{.title = fmt::format("Added {} — {}", task.key, task.title),
+                                                .identifier = "added-" + task.id,
+                                                .target = DeepLinkTarget{DeepLinkTarget::Link{self->pageOf(task)}}});
+    } else if (added) {
+        const auto now = self->model_->session.clock().now().time_since_epoch().count();
         self->surfaces_.notify(
-            UserNotification{.title = fmt::format("Added {} — {}", added->task.key, added->task.title),
-                             .identifier = "added-" + added->task.id,
-                             .target = DeepLinkTarget{DeepLinkTarget::Link{self->pageOf(added->task)}}});
+            UserNotification{.title = shared,
+                             .body = added->note.value_or(std::string()),
+                             .identifier = fmt::format("waiting-{}", now),
+                             .target = DeepLinkTarget{DeepLinkTarget::Link{DeepLink{DeepLink::QuickAdd{}}.url()}}});
     } else if (const auto& failure = added.error().apiFailure();
                failure && failure->error() && failure->error()->kind() == APIError::Case::missingToken) {
         self->surfaces_.showSettings();

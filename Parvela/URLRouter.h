@@ -15,6 +15,7 @@
 
 namespace parvela {
 
+class WaitingLines;
 class WindowManager;
 
 /// What the router asks of the rest of the application.
@@ -29,8 +30,12 @@ struct URLRouterSurfaces {
 /// from any program; what makes no sense is ignored.
 class URLRouter : public std::enable_shared_from_this<URLRouter> {
 public:
-    URLRouter(std::shared_ptr<AppModel> model, WindowManager& windows, URLRouterSurfaces surfaces)
-        : model_(std::move(model)), windows_(windows), surfaces_(std::move(surfaces)) {}
+    URLRouter(std::shared_ptr<AppModel> model, WindowManager& windows, std::weak_ptr<WaitingLines> waitingLines,
+              URLRouterSurfaces surfaces)
+        : model_(std::move(model)),
+          windows_(windows),
+          waitingLines_(std::move(waitingLines)),
+          surfaces_(std::move(surfaces)) {}
 
     void open(const Url& url);
     /// `activationToken` lets another program come to the front.
@@ -47,6 +52,7 @@ private:
 
     std::shared_ptr<AppModel> model_;
     WindowManager& windows_;
+    std::weak_ptr<WaitingLines> waitingLines_;
     URLRouterSurfaces surfaces_;
 };
 

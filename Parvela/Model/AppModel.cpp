@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <utility>
 
 namespace parvela {
@@ -37,16 +38,27 @@ AppModel::AppModel(ParvelaSession initialSession, AppModelEnvironment environmen
 Task<void> AppModel::reloadCredentials() {
     const auto self = shared_from_this();
     const auto read = ++credentialReads_;
-    server.set(ServerConfig::current(session.prefs()));
+    auto current = ServerConfig::current(session.prefs());
+    if (current != server.get()) knownToken_.reset();
+    server.set(std::move(current));
 
     auto reading = session.tokens().read(server.get().apiURL);
     const auto token = co_await reading;
     if (read != credentialReads_) co_return;  // a later read knows better
 
+    const auto mark = token ? std::optional(std::hash<std::string>()(*token)) : std::nullopt;
+    const auto known = std::exchange(knownToken_, mark);
+    // By another program; who changes it here forgets the known one first.
+    const bool wasChanged = known && known != mark;
+    if (wasChanged) ++epoch_;
+
     hasToken.set(token.has_value());
     tokenHint.set(token ? std::optional(parvela::tokenHint(*token)) : std::nullopt);
     linkInfo.set(session.linkInfo());
     knowsCredentials.set(true);
+    if (!wasChanged) co_return;
+    if (!token) forgetAccount();
+    environment_.notifications->linkChanged.post();
 }
 
 Task<void> AppModel::setServer(ServerConfig config) {
@@ -59,7 +71,7 @@ Task<void> AppModel::setServer(ServerConfig config) {
         prefs.setCustomAppURL(config.appURL.text());
         prefs.setCustomApiURL(config.apiURL.text());
     }
-    ++epoch_;
+    leaveAccount();
     server.set(std::move(config));
     std::int64_t revision = 0;
     if (__builtin_add_overflow(serverRevision.get(), std::int64_t{1}, &revision)) std::abort();
@@ -79,14 +91,13 @@ Task<Result<void, LinkError>> AppModel::adoptLink(BridgeMessage::Link link, std:
     auto adopted = co_await adopting;
     if (!adopted) co_return adopted;
 
-    ++epoch_;
+    leaveAccount();
     auto reloading = reloadCredentials();
     co_await reloading;
     // A board of another workspace must never stay the default.
     if (!previous || previous->workspaceId != workspaceId) setDefaultBoard(std::nullopt);
     environment_.notifications->linkChanged.post();
-    refreshAll().detach();
-    environment_.syncPush();
+    refreshThenSyncPush().detach();
     co_return Result<void, LinkError>();
 }
 
@@ -96,12 +107,11 @@ Task<Result<void, PastedTokenError>> AppModel::savePastedToken(std::string text)
     auto saved = co_await saving;
     if (!saved) co_return saved;
 
-    ++epoch_;
+    leaveAccount();
     auto reloading = reloadCredentials();
     co_await reloading;
     environment_.notifications->linkChanged.post();
-    refreshAll().detach();
-    environment_.syncPush();
+    refreshThenSyncPush().detach();
     co_return Result<void, PastedTokenError>();
 }
 
@@ -110,16 +120,10 @@ Task<Unlinked> AppModel::unlink() {
     auto unlinking = session.unlink();
     const Unlinked outcome = co_await unlinking;
 
-    ++epoch_;
+    leaveAccount();
     auto reloading = reloadCredentials();
     co_await reloading;
-    forgetLists();
-    timer.set(std::nullopt);
-    if (badgeCount.get() == 0) {
-        updateDockBadge();
-    } else {
-        badgeCount.set(0);
-    }
+    forgetAccount();
     environment_.notifications->linkChanged.post();
     co_return outcome;
 }
@@ -130,6 +134,13 @@ Task<void> AppModel::refreshAll() {
     auto dueRefresh = refreshDue();
     co_await boardsRefresh;
     co_await dueRefresh;
+}
+
+Task<void> AppModel::refreshThenSyncPush() {
+    const auto self = shared_from_this();
+    auto refreshing = refreshAll();
+    co_await refreshing;
+    environment_.syncPush();
 }
 
 Task<void> AppModel::refreshBoards() {
@@ -288,6 +299,21 @@ void AppModel::persistDefaultBoard() {
 void AppModel::forgetLists() {
     boards.set({});
     dueToday.set({});
+}
+
+void AppModel::leaveAccount() {
+    ++epoch_;
+    knownToken_.reset();
+}
+
+void AppModel::forgetAccount() {
+    forgetLists();
+    timer.set(std::nullopt);
+    if (badgeCount.get() == 0) {
+        updateDockBadge();
+    } else {
+        badgeCount.set(0);
+    }
 }
 
 void AppModel::changeDue(const std::string& id, const std::function<void(TaskSummary&)>& change) {

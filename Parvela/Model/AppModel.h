@@ -10,6 +10,7 @@
 #include <ParvelaKit/ServerConfig.h>
 #include <ParvelaKit/TimerInfo.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -74,7 +75,8 @@ public:
     /// Goes up by one with each change of the server; windows compare it with the one they loaded.
     Observable<std::int64_t> serverRevision{0};
 
-    /// Reads again what a link or an unlink can change: server, token, link.
+    /// Reads again what a link or an unlink can change: server, token, link. A token that another program replaced or
+    /// removed ends what was asked for with the old one.
     Task<void> reloadCredentials();
     /// Switches to another server and forgets what came from the old one. Nothing happens when it is the one in force.
     Task<void> setServer(ServerConfig config);
@@ -107,9 +109,14 @@ private:
     AppModel(ParvelaSession session, AppModelEnvironment environment);
 
     Task<std::optional<ParvelaAPI>> makeClient() const;
+    Task<void> refreshThenSyncPush();
     void repairDefaultBoard();
     void persistDefaultBoard();
+    /// From now on answers to what was asked for so far are dropped.
+    void leaveAccount();
     void forgetLists();
+    /// Forgets all that belongs to somebody who is no longer linked.
+    void forgetAccount();
     /// Changes one task of the due list, if it is still there.
     void changeDue(const std::string& id, const std::function<void(TaskSummary&)>& change);
 
@@ -118,6 +125,8 @@ private:
     /// Counts changes of server and link; an answer that was asked for under an earlier count is dropped.
     std::uint64_t epoch_ = 0;
     std::uint64_t credentialReads_ = 0;
+    /// Tells the token that was read last from another one, without keeping it.
+    std::optional<std::size_t> knownToken_;
 };
 
 }  // namespace parvela

@@ -17,6 +17,8 @@ namespace {
 
 /// As far back as anybody sets a clock and forth again.
 constexpr std::size_t daysRemembered = 16;
+/// An alarm in the past would ring at once, again and again.
+constexpr int mostDaysAhead = 4;
 constexpr std::int64_t lastMinute = 24 * 60 - 1;
 
 std::vector<std::string> wordsOf(const std::string& text) {
@@ -44,7 +46,9 @@ void DailySummaryScheduler::reschedule() {
     auto slot = clock_->moment(today, minutes);
     if (slot <= clock_->now()) {
         if (!wasSent(today.text())) send(Occasion::scheduled).detach();
-        slot = clock_->moment(today.addingDays(1), minutes);
+        for (int days = 1; days <= mostDaysAhead && slot <= clock_->now(); ++days) {
+            slot = clock_->moment(today.addingDays(days), minutes);
+        }
     }
     alarm_ = setAlarm_(slot, [weak = weak_from_this()] {
         // Rescheduling notices a slot that has passed, and a clock that was set back before it.

@@ -91,7 +91,7 @@ public:
 
     /// Asks the page for its form for a new task; quick add opens when the page does not take it.
     void newTask(MainWindowController& tab);
-    /// The same in the window in front. A page that was not to be seen is told when it listens.
+    /// The same in the window in front, which comes to be seen.
     void newTaskInFront();
     /// The native fallback of newTask().
     std::function<void()> onQuickAdd;

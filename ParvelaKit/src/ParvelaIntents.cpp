@@ -171,7 +171,7 @@ Outcome openTask(ParvelaSession session, OpenTaskIntent intent, std::function<vo
     auto task = co_await call;
     if (!task) co_return failed(task.error());
     const ServerConfig server = session.server();
-    const auto page = task->url ? server.appURL.resolving(*task->url) : std::nullopt;
+    const auto page = task->url ? server.appURL.resolving(*task->url) : server.appPage("/t/" + task->key);
     if (!page || !isWebAppPage(*page, server)) co_return failed(APIError::invalidResponse());
     openURL(*page);
 

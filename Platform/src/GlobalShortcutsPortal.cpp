@@ -78,10 +78,7 @@ public:
         activated_ = {};
         closed_ = {};
         desktop_ = {};
-        if (session_.empty()) return;
-        dbus::call(bus_, {portalName, std::exchange(session_, {}), "org.freedesktop.portal.Session"}, "Close", nullptr,
-                   dbus::Start::never)
-            .detach();
+        if (!session_.empty()) closeSession(std::exchange(session_, {}));
     }
 
     static Task<Result<std::string, Problem>> bind(std::shared_ptr<Impl> self, HotKey key, std::string description) {
@@ -97,7 +94,10 @@ public:
         auto creating = createSession(self);
         auto session = co_await creating;
         if (!session) co_return Failure(session.error());
-        if (self->generation_ != generation) co_return Failure(Problem::refused);
+        if (self->generation_ != generation) {
+            self->closeSession(std::move(*session));
+            co_return Failure(Problem::refused);
+        }
         self->session_ = std::move(*session);
         self->listen();
 
@@ -108,6 +108,12 @@ public:
     }
 
 private:
+    void closeSession(std::string session) {
+        dbus::call(bus_, {portalName, std::move(session), "org.freedesktop.portal.Session"}, "Close", nullptr,
+                   dbus::Start::never)
+            .detach();
+    }
+
     static Task<Result<std::string, Problem>> createSession(std::shared_ptr<Impl> self) {
         const std::string token = newToken();
         GVariantBuilder options;

@@ -1,39 +1,58 @@
 #include <Platform/SystemClock.h>
 
-#include <cstdlib>
+#include <algorithm>
 #include <ctime>
-#include <limits>
-
-#include <unicode/gregocal.h>
-#include <unicode/timezone.h>
 
 namespace parvela {
+
+namespace {
+
+/// As far as a local time can be from UTC, in seconds.
+constexpr std::int64_t farFromUtc = 25 * 3600;
+
+std::tm localTime(std::int64_t seconds) {
+    const std::time_t time = seconds;
+    std::tm local{};
+    localtime_r(&time, &local);
+    return local;
+}
+
+std::int64_t offsetAt(std::int64_t seconds) {
+    return localTime(seconds).tm_gmtoff;
+}
+
+/// The first second at which the wall clock shows `wall`, a time written as if it were UTC, or more.
+std::int64_t whenWallClockShows(std::int64_t wall) {
+    const auto [least, most] = std::minmax({offsetAt(wall - farFromUtc), offsetAt(wall + farFromUtc)});
+    std::int64_t late = wall - least;
+    std::int64_t early = wall - most;
+    if (offsetAt(early) == most) return early;
+    if (offsetAt(late) == least) return late;
+    // Skipped: the change lies between.
+    while (late - early > 1) {
+        const std::int64_t middle = early + (late - early) / 2;
+        (middle + offsetAt(middle) < wall ? early : late) = middle;
+    }
+    return late;
+}
+
+}  // namespace
 
 Instant SystemClock::now() const {
     return std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
 }
 
 CivilDate SystemClock::today() const {
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     // localtime_r alone keeps the zone it read first.
     tzset();
-    std::tm local{};
-    localtime_r(&seconds, &local);
+    const std::tm local = localTime(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()));
     return {.year = local.tm_year + 1900, .month = local.tm_mon + 1, .day = local.tm_mday};
 }
 
 Instant SystemClock::moment(CivilDate day, std::int64_t minutesAfterMidnight) const {
-    UErrorCode status = U_ZERO_ERROR;
-    icu::GregorianCalendar calendar(icu::TimeZone::detectHostTimeZone(), icu::Locale::getRoot(), status);
-    calendar.setGregorianChange(-std::numeric_limits<double>::max(), status);
-    calendar.setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
-    calendar.setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
-    calendar.clear();
-    calendar.set(day.year, day.month - 1, day.day, static_cast<std::int32_t>(minutesAfterMidnight / 60),
-                 static_cast<std::int32_t>(minutesAfterMidnight % 60));
-    const double milliseconds = calendar.getTime(status);
-    if (U_FAILURE(status)) std::abort();  // ICU without its data cannot run this program
-    return Instant(std::chrono::milliseconds(static_cast<std::int64_t>(milliseconds)));
+    tzset();
+    const std::int64_t wall = (day.dayNumber() * 24 * 60 + minutesAfterMidnight) * 60;
+    return Instant(std::chrono::seconds(whenWallClockShows(wall)));
 }
 
 }  // namespace parvela

@@ -195,7 +195,8 @@ private:
         if (name == "IconPixmap") return pixmaps(identity_.icons);
         if (name == "OverlayIconPixmap" || name == "AttentionIconPixmap") return pixmaps({});
         if (name == "ToolTip") {
-            return g_variant_new("(s@a(iiay)ss)", "", pixmaps({}), identity_.title.c_str(), toolTip_.c_str());
+            const CharPtr markup(g_markup_escape_text(toolTip_.c_str(), -1));
+            return g_variant_new("(s@a(iiay)ss)", "", pixmaps({}), identity_.title.c_str(), markup.get());
         }
         // Or a left click would open the menu.
         if (name == "ItemIsMenu") return g_variant_new_boolean(FALSE);

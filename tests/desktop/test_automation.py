@@ -6,6 +6,7 @@ import re
 
 from harness import windows
 from harness.case import DesktopTest
+from harness.overheard import Notifications
 from harness.waiting import stays_true, wait_until
 
 SEARCH = {"object_name": "SearchProvider", "interface": "org.gnome.Shell.SearchProvider2"}
@@ -103,6 +104,19 @@ class StartUp(AutomationTest):
         self.app.wait_for_window()
         self.app.page("/t/TSK-3")
         self.assertEqual(1, len(self.app.windows()))
+
+    def test_a_shared_task_waits_until_the_service_is_there(self):
+        notifications = Notifications(self.session)
+        self.service.stop()
+        result = self.session.run("gio", "open", "parvela://add?title=Buy%20milk&description=Two%20bottles")
+        self.assertEqual((0, ""), (result.returncode, result.stderr))
+        notifications.wait_for("Buy milk")
+        self.assertEqual("Saved. It will be added when you are back online.", notifications.body("Buy milk"))
+        self.service.start()
+        self.session.run("gapplication", "action", "app.parvela.Parvela", "send-waiting-lines")
+        card = wait_until(lambda: self.person.find_card("Buy milk"), "the card")
+        details = self.person.call("GET", f"/api/v1/tasks/{card['key']}/detail")
+        self.assertIn("Two bottles", json.dumps(details))
 
     def test_links_that_arrive_before_it_is_ready_are_not_lost(self):
         started = [self.session.start("gio", "open", f"parvela://{link}") for link in ("task?key=TSK-2", "open?path=/inbox")]

@@ -16,12 +16,14 @@ public:
         return CivilDate::fromDayNumber(std::chrono::floor<std::chrono::days>(time + zone).time_since_epoch().count());
     }
     Instant moment(CivilDate day, std::int64_t minutesAfterMidnight) const override {
-        return Instant(std::chrono::days(day.dayNumber())) + std::chrono::minutes(minutesAfterMidnight) - zone;
+        return Instant(std::chrono::days(day.dayNumber())) + std::chrono::minutes(minutesAfterMidnight) - zone -
+               momentsAhead;
     }
     void advance(std::chrono::milliseconds by) { time += by; }
 
     Instant time;
-    std::chrono::hours zone{0};  ///< ahead of UTC
+    std::chrono::minutes zone{0};          ///< ahead of UTC
+    std::chrono::minutes momentsAhead{0};  ///< how much further moment() believes to be
 };
 
 }  // namespace parvela::test

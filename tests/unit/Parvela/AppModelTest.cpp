@@ -208,8 +208,8 @@ TEST_F(AppModelTest, aLinkToAnotherWorkspaceClearsTheDefaultBoard) {
     const auto page = Url::parse("http://localhost:3100/home");
     for (const auto& [workspace, kept] : {std::pair{"w1", false}, {"w1", true}, {"w2", false}}) {
         model->setDefaultBoard("mine");
-        network.hold(boardsRoute);
-        network.hold(dueRoute);
+        network.answer(boardsRoute, 500);
+        network.answer(dueRoute, 500);
         ASSERT_TRUE(run(model->adoptLink(link(workspace), page)));
         EXPECT_EQ(model->defaultBoardID.get().has_value(), kept) << workspace;
     }
@@ -237,14 +237,17 @@ TEST_F(AppModelTest, aPastedTokenTakesTheOldOnesPlace) {
     EXPECT_EQ(message(refused.error()), "That doesn't look like a Parvela token. It starts with tk_.");
     EXPECT_EQ(announced, 0);
 
-    network.hold(boardsRoute);
-    network.hold(dueRoute);
+    const auto boards = network.hold(boardsRoute);
+    const auto due = network.hold(dueRoute);
     ASSERT_TRUE(run(model->savePastedToken(" Bearer tk_pasted\n")));
     EXPECT_EQ(secrets->secrets["app.parvela.token 127.0.0.1:3213"], "tk_pasted");
     EXPECT_EQ(model->tokenHint.get(), "tk_pa…");
     EXPECT_EQ(announced, 1);
-    EXPECT_EQ(pushSyncs, 1);
     EXPECT_THAT(network.routes(), ElementsAre(boardsRoute, dueRoute));
+    due.resolve(network.ok(tasksBody({})));
+    EXPECT_EQ(pushSyncs, 0);
+    boards.resolve(Failure(TransportError::timedOut));
+    EXPECT_EQ(pushSyncs, 1) << "after both lists, however they ended";
 }
 
 TEST_F(AppModelTest, unlinkingForgetsEverythingEvenWhenTheServiceFails) {
@@ -261,6 +264,37 @@ TEST_F(AppModelTest, unlinkingForgetsEverythingEvenWhenTheServiceFails) {
     EXPECT_THAT(model->dueToday.get(), IsEmpty());
     EXPECT_EQ(model->timer.get(), std::nullopt);
     EXPECT_THAT(badges, ElementsAre("none"));
+}
+
+TEST_F(AppModelTest, aTokenThatAnotherProgramChangesEndsWhatWasAskedWithIt) {
+    struct Case {
+        std::optional<std::string> stored;
+        bool isTheSame;
+    };
+    for (const auto& [stored, isTheSame] : {Case{"tk_secret", true}, {"tk_another", false}, {std::nullopt, false}}) {
+        const auto model = makeLinkedModel();
+        network.answer(dueRoute, 200, tasksBody({task("t1", false)}));
+        run(model->refreshDue());
+        model->setBadge(3);
+        model->setTimer(TimerInfo{"TSK-1", "Brief", std::nullopt, clock->now()});
+        const auto boards = network.hold(boardsRoute);
+        auto refreshing = model->refreshBoards();
+        int announced = 0;
+        const auto subscription = notifications->linkChanged.observe([&announced] { ++announced; });
+
+        secrets->secrets.clear();
+        if (stored) secrets->secrets["app.parvela.token 127.0.0.1:3213"] = *stored;
+        run(model->reloadCredentials());
+        run(model->reloadCredentials());
+        boards.resolve(network.ok(boardsBody({"b1"})));
+        EXPECT_TRUE(refreshing.done());
+        const std::string name = stored.value_or("none");
+        EXPECT_EQ(model->boards.get().size(), isTheSame ? 1U : 0U) << name;
+        EXPECT_EQ(announced, isTheSame ? 0 : 1) << name;
+        EXPECT_EQ(model->dueToday.get().size(), stored ? 1U : 0U) << name;
+        EXPECT_EQ(model->timer.get().has_value(), stored.has_value()) << name;
+        EXPECT_EQ(model->badgeCount.get(), stored ? 3 : 0) << name;
+    }
 }
 
 TEST_F(AppModelTest, theBadgeShowsCountsFromOne) {

@@ -157,6 +157,14 @@ TEST_F(DailySummarySchedulerTest, aClockSetBackDoesNotSendBeforeTheSlot) {
     EXPECT_EQ(alarm, start + 30min);
 }
 
+TEST_F(DailySummarySchedulerTest, theNextSlotIsNeverInThePast) {
+    prefs.setDailySummaryMinutes(8 * 60);
+    clock->momentsAhead = 26h;
+    expectFetch();
+    scheduler->reschedule();
+    EXPECT_EQ(alarm, start + 21h);
+}
+
 TEST_F(DailySummarySchedulerTest, aClockSetToOtherDaysAndBackSendsEachDayOnce) {
     prefs.setDailySummaryMinutes(8 * 60);
     for (const auto days : {0, -1, 1, -2, 2, 0}) {

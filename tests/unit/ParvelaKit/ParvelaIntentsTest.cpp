@@ -117,11 +117,12 @@ TEST_F(ParvelaIntentsTest, opensATasksPageInTheWebAppOnly) {
         answerTask({.url = url});
         EXPECT_EQ(perform(OpenTaskIntent{"TSK-42"}), APIError::invalidResponse().message()) << url;
     }
-    answerTask({});
-    EXPECT_EQ(perform(OpenTaskIntent{"TSK-42"}), APIError::invalidResponse().message());
+    answerTask({.key = "TSK-42"});
+    EXPECT_EQ(perform(OpenTaskIntent{"TSK-42"}), "Open TSK-42");
+    EXPECT_EQ(opened_.back(), "https://app.test/t/TSK-42") << "its own place, when the service names none";
     network_.answer("GET /api/v1/tasks/TSK-42", 404);
     EXPECT_EQ(perform(OpenTaskIntent{"TSK-42"}), "Not found.");
-    EXPECT_EQ(opened_.size(), 1U);
+    EXPECT_EQ(opened_.size(), 2U);
 }
 
 TEST_F(ParvelaIntentsTest, completesATaskEvenWhenItIsDone) {

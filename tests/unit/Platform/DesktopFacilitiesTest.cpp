@@ -149,6 +149,14 @@ private:
       </interface></node>)xml",
                   [this](const std::string& method, GVariant* values) { return call(method, values); },
                   [](const std::string&) { return g_variant_new_uint32(1); }};
+    dbus::ExportedObject session_{
+        peer_.bus(),
+        session,
+        R"xml(<node><interface name="org.freedesktop.portal.Session"><method name="Close"/></interface></node>)xml",
+        {.call = [this](const std::string& method, GVariant*, GDBusMethodInvocation* invocation) {
+            calls.push_back(method);
+            g_dbus_method_invocation_return_value(invocation, nullptr);
+        }}};
 };
 
 constexpr HotKey controlOptionSpace{.keyCode = 49, .modifiers = 6144};
@@ -177,6 +185,17 @@ TEST_F(DesktopFacilities, thePortalsShortcutIsBoundPressedAndTakenBack) {
     portal.reset();
     ASSERT_TRUE(waitFor([&] { return events.size() == 3; })) << "a portal that ends says nothing";
     EXPECT_EQ(events.back(), "revoked");
+}
+
+TEST_F(DesktopFacilities, aSessionThatIsNoLongerWantedIsClosed) {
+    Portal portal;
+    GlobalShortcutsPortal shortcuts;
+    auto binding = shortcuts.bind(controlOptionSpace, "Quick Add");
+    ASSERT_TRUE(waitFor([&] { return portal.calls.size() == 1; }));
+    shortcuts.unbind();
+    EXPECT_EQ(runUntilDone(std::move(binding)).error(), GlobalShortcutsPortal::Problem::refused);
+    ASSERT_TRUE(waitFor([&] { return portal.calls.size() == 2; }));
+    EXPECT_EQ(portal.calls.back(), "Close");
 }
 
 TEST_F(DesktopFacilities, thePortalsRefusalIsToldFromItsAbsence) {

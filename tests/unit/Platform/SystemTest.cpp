@@ -31,24 +31,46 @@ TEST(SystemClock, followsAChangedTimeZone) {
               CivilDate::fromDayNumber(std::chrono::floor<std::chrono::days>(clock.now()).time_since_epoch().count()));
 }
 
-TEST(SystemClock, findsWallClockTimesOnDaysWithAClockChange) {
-    const Variable zone("TZ", "Europe/Berlin");
+TEST(SystemClock, takesDatesAndTimesFromTheSameZone) {
     const SystemClock clock;
+    const Variable zone("TZ", nullptr);
+    for (const char* name : {"UTC", "UTC+5", "<-24>24", "<+24>-24", "<+0330>-3:30", "Asia/Kolkata", "no such zone"}) {
+        zone.set(name);
+        const Instant midnight = clock.moment(clock.today(), 0);
+        EXPECT_LE(midnight, clock.now()) << name;
+        EXPECT_GT(clock.moment(clock.today().addingDays(1), 0), clock.now()) << name;
+    }
+}
+
+TEST(SystemClock, findsWallClockTimesOnDaysWithAClockChange) {
+    const SystemClock clock;
+    const Variable zone("TZ", nullptr);
     using std::chrono::sys_days;
     using namespace std::chrono;
     struct Case {
+        const char* zone;
         CivilDate day;
         std::int64_t minutes;
         Instant expected;
     };
+    constexpr const char* berlin = "Europe/Berlin";
     const Case cases[] = {
-        {{2026, 6, 10}, 9 * 60, sys_days(2026y / 6 / 10) + 7h},
-        {{2026, 3, 29}, 9 * 60, sys_days(2026y / 3 / 29) + 7h},            // an hour shorter
-        {{2026, 10, 25}, 9 * 60, sys_days(2026y / 10 / 25) + 8h},          // an hour longer
-        {{2026, 3, 29}, 2 * 60 + 30, sys_days(2026y / 3 / 29) + 1h},       // 02:30 is skipped
-        {{2026, 10, 25}, 2 * 60 + 30, sys_days(2026y / 10 / 25) + 30min},  // 02:30 comes twice
+        {berlin, {2026, 6, 10}, 9 * 60, sys_days(2026y / 6 / 10) + 7h},
+        {berlin, {2026, 3, 29}, 9 * 60, sys_days(2026y / 3 / 29) + 7h},            // an hour shorter
+        {berlin, {2026, 10, 25}, 9 * 60, sys_days(2026y / 10 / 25) + 8h},          // an hour longer
+        {berlin, {2026, 3, 29}, 2 * 60, sys_days(2026y / 3 / 29) + 1h},            // 02:00 is skipped
+        {berlin, {2026, 3, 29}, 2 * 60 + 30, sys_days(2026y / 3 / 29) + 1h},       // 02:30 is skipped
+        {berlin, {2026, 10, 25}, 2 * 60, sys_days(2026y / 10 / 25)},               // 02:00 comes twice
+        {berlin, {2026, 10, 25}, 2 * 60 + 30, sys_days(2026y / 10 / 25) + 30min},  // 02:30 comes twice
+        {berlin, {2026, 10, 25}, 3 * 60, sys_days(2026y / 10 / 25) + 2h},          // 03:00 comes once
+        {"CET-1CEST,M3.5.0,M10.5.0/3", {2026, 3, 29}, 2 * 60 + 30, sys_days(2026y / 3 / 29) + 1h},
+        {"Pacific/Apia", {2011, 12, 30}, 12 * 60, sys_days(2011y / 12 / 30) + 10h},  // the whole day is skipped
+        {"Australia/Lord_Howe", {2026, 4, 5}, 60 + 45, sys_days(2026y / 4 / 4) + 14h + 45min},  // half an hour longer
     };
-    for (const auto& [day, minutes, expected] : cases) EXPECT_EQ(clock.moment(day, minutes), expected) << day.text();
+    for (const auto& [name, day, minutes, expected] : cases) {
+        zone.set(name);
+        EXPECT_EQ(clock.moment(day, minutes), expected) << name << ' ' << day.text() << ' ' << minutes;
+    }
 }
 
 TEST(DeviceName, prefersThePrettyNameOverTheHostName) {

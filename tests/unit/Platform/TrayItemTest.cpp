@@ -110,14 +110,15 @@ TEST_F(DesktopFacilities, aTrayItemAnswersItsHost) {
         subscriptions.emplace_back(*session, sender, signal,
                                    [&changes, signal](GVariant*) { changes.emplace_back(signal); });
     }
-    item.setLabel("TSK-42 4:07");
-    item.setToolTip("Timer running on TSK-42: Write <brief>");
-    item.setLabel("TSK-42 4:07");
+    item.setLabel("TSK-42 & 4:07");
+    item.setToolTip("Timer running on TSK-42: <b>Tea</b> & cake");
+    item.setLabel("TSK-42 & 4:07");
     ASSERT_TRUE(waitFor([&] { return changes.size() == 3; }));
     properties = itemProperties(name);
-    EXPECT_EQ(properties["XAyatanaLabel"], "'TSK-42 4:07'");
-    EXPECT_EQ(properties["Title"], "'Parvela — TSK-42 4:07'");
-    EXPECT_THAT(properties["ToolTip"], HasSubstr("Write <brief>"));
+    EXPECT_EQ(properties["XAyatanaLabel"], "'TSK-42 & 4:07'");
+    EXPECT_EQ(properties["Title"], "'Parvela — TSK-42 & 4:07'");
+    EXPECT_THAT(properties["ToolTip"], HasSubstr("TSK-42: &lt;b&gt;Tea&lt;/b&gt; &amp; cake"))
+        << "its readers take it for markup";
     settle(*session);
     EXPECT_EQ(changes.size(), 3U);
 
