@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """Measures the application beside the least window that can show the same page, and beside `chromium --app` where installed.
 
-  bench/shell.py [--build build/release] [--part start|memory|idle] [--runs 7]
+  bench/shell.py [--build build/release] [--part start|memory|idle] [--runs 7] [--installed /usr]
 
-  start    from the start of the program to its first painted page: with one saved window, and with a window of twenty tabs
+  start    from the start of the program to its first painted page: with one saved window, and with a window of twenty tabs;
+           with --installed also that of a package (installed, or unpacked with dpkg-deb -x)
   memory   sum of the proportional set sizes of all its processes, with one page open and with five
   idle     processor time of all its processes in a minute without a user
 
@@ -69,8 +70,9 @@ class Page(Answering):
 class Bench:
     """A page server and the programs that show its pages, each in a fresh session."""
 
-    def __init__(self, programs):
+    def __init__(self, programs, installed):
         self.programs = programs
+        self.installed = installed
         self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Page)
         self.server.daemon_threads = True
         self.server.reports = {}
@@ -83,7 +85,7 @@ class Bench:
     def bare(self, session, pages=1):
         return [session.start(self.programs / "bare-window", self.page(number), env=PLAIN_DRAWING) for number in range(pages)]
 
-    def parvela(self, session, windows=1, tabs=1):
+    def parvela(self, session, windows=1, tabs=1, programs=None):
         """As it starts with so many saved windows of so many tabs each; every window shows its last tab."""
         groups = [{"frame": f"{{{{{40 * window}, 0}}, {{1280, 820}}}}", "selected": tabs - 1, "miniaturized": False,
                    "tabs": [self.page(window if tab == tabs - 1 else 100 + tab) for tab in range(tabs)]}
@@ -94,7 +96,7 @@ class Bench:
         (settings / "defaults.json").write_text(
             json.dumps({"serverMode": "custom", "customAppURL": self.site, "customAPIURL": self.site,
                         "macWindowState": {"data": state}}), encoding="utf-8")
-        return [session.start(self.programs / "parvela-desktop")]
+        return [session.start((programs or self.programs) / "parvela-desktop")]
 
     def chromium(self, session, pages=1):
         options = [f"--user-data-dir={session.home}/chromium", "--no-first-run", "--no-default-browser-check",
@@ -183,6 +185,8 @@ def measure_start(bench, runs, verdicts):
     ways = {"bare window": bench.bare,
             "Parvela, one tab": bench.parvela,
             "Parvela, twenty tabs": lambda session: bench.parvela(session, tabs=20)}
+    if bench.installed:
+        ways["installed, one tab"] = lambda session: bench.parvela(session, programs=bench.installed)
     if shutil.which("chromium"):
         ways["chromium --app"] = bench.chromium
     times = {name: [] for name in ways}
@@ -198,6 +202,8 @@ def measure_start(bench, runs, verdicts):
         print(f"  {name:22} {medians[name] * 1000:5.0f} ms   ({min(taken) * 1000:.0f} to {max(taken) * 1000:.0f})")
     verdicts.judge("one tab to bare window", medians["Parvela, one tab"] / medians["bare window"], 1.15)
     verdicts.judge("twenty tabs to one tab", medians["Parvela, twenty tabs"] / medians["Parvela, one tab"], 1.2)
+    if bench.installed:
+        verdicts.judge("installed to build folder", medians["installed, one tab"] / medians["Parvela, one tab"], 1.05)
 
 
 def measure_memory(bench, runs, verdicts):
@@ -242,8 +248,10 @@ def main():
     parser.add_argument("--build", default=str(ROOT / "build" / "release"), help="build tree (default build/release)")
     parser.add_argument("--part", choices=parts, action="append", help="measure only this; may be given again")
     parser.add_argument("--runs", type=int, default=7, help="counted runs (default 7; memory takes at most 3)")
+    parser.add_argument("--installed", help="prefix of an installed package, such as /usr")
     arguments = parser.parse_args()
-    bench = Bench(pathlib.Path(arguments.build).resolve() / "bin")
+    bench = Bench(pathlib.Path(arguments.build).resolve() / "bin",
+                  arguments.installed and pathlib.Path(arguments.installed).resolve() / "bin")
     verdicts = Verdicts()
     with interruptible():
         for part in arguments.part or parts:

@@ -48,7 +48,9 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 # Recommended: a keyring, without which tokens are not kept, and what tells the desktop which links Parvela opens.
 set(CPACK_DEBIAN_APPLICATION_PACKAGE_NAME parvela)
 set(CPACK_DEBIAN_APPLICATION_PACKAGE_SECTION web)
-set(CPACK_DEBIAN_APPLICATION_PACKAGE_DEPENDS "default-dbus-session-bus | dbus-session-bus, hicolor-icon-theme")
+# librsvg2-common draws the icons, which are SVG.
+set(CPACK_DEBIAN_APPLICATION_PACKAGE_DEPENDS
+  "default-dbus-session-bus | dbus-session-bus, hicolor-icon-theme, librsvg2-common")
 set(CPACK_DEBIAN_APPLICATION_PACKAGE_RECOMMENDS
   "adwaita-icon-theme, desktop-file-utils, gnome-keyring | org.freedesktop.secrets, parvela-local-service, xdg-utils")
 set(CPACK_DEBIAN_APPLICATION_DESCRIPTION "task board, native on the desktop

@@ -16,7 +16,7 @@ namespace {
 
 /// How the desktop starts the program when the user logs in.
 Autostart autostart(bool hidden) {
-    std::vector<std::string> command{(programFolder() / "parvela-desktop").string()};
+    std::vector<std::string> command = Autostart::command(programFolder() / "parvela-desktop");
     if (hidden) command.emplace_back("--background");
     return {Autostart::userFolder(), PARVELA_APP_ID, "Parvela", std::move(command)};
 }

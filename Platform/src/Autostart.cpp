@@ -36,7 +36,7 @@ std::string quoted(const std::string& argument) {
 
 bool isPlain(const std::string& argument) {
     return !argument.empty() &&
-           std::ranges::all_of(argument, [](char c) { return g_ascii_isalnum(c) || std::strchr("/-_.+", c); });
+           std::ranges::all_of(argument, [](char c) { return g_ascii_isalnum(c) || std::strchr("/-_.+=", c); });
 }
 
 }  // namespace
@@ -50,7 +50,17 @@ Autostart::Autostart(const fs::path& folder, std::string desktopEntry, std::stri
 }
 
 fs::path Autostart::userFolder() {
+    if (isSandboxed()) {  // its configuration folder is one that no desktop reads
+        const char* const host = g_getenv("HOST_XDG_CONFIG_HOME");
+        return (host ? fs::path(host) : fs::path(g_get_home_dir()) / ".config") / "autostart";
+    }
     return XdgPaths::current().config.parent_path() / "autostart";
+}
+
+std::vector<std::string> Autostart::command(const fs::path& program) {
+    const char* const sandbox = g_getenv("FLATPAK_ID");
+    if (!sandbox) return {program.string()};
+    return {"flatpak", "run", "--command=" + program.filename().string(), sandbox};
 }
 
 bool Autostart::isEnabled() const {

@@ -1,6 +1,7 @@
 #include <ParvelaKit/Text.h>
 #include <Platform/DBus.h>
 #include <Platform/TrayItem.h>
+#include <Platform/XdgPaths.h>
 
 #include <algorithm>
 #include <string_view>
@@ -123,9 +124,12 @@ private:
         if (!object_) return;
         exportedMenu_ = std::make_unique<DesktopMenu>(menuPath);
         exportedMenu_->set(menu_);
-        const std::string name = fmt::format("org.kde.StatusNotifierItem-{}-1", getpid());
-        name_ = g_bus_own_name_on_connection(bus_.get(), name.c_str(), G_BUS_NAME_OWNER_FLAGS_NONE, nullptr, nullptr,
-                                             nullptr, nullptr);
+        std::string name = g_dbus_connection_get_unique_name(bus_.get());
+        if (!isSandboxed()) {  // there nobody may own a name that nobody could foresee
+            name = fmt::format("org.kde.StatusNotifierItem-{}-1", getpid());
+            name_ = g_bus_own_name_on_connection(bus_.get(), name.c_str(), G_BUS_NAME_OWNER_FLAGS_NONE, nullptr,
+                                                 nullptr, nullptr, nullptr);
+        }
         const auto refresh = [weak = weak()](GVariant*) {
             if (const auto self = weak.lock()) askForHost(self).detach();
         };

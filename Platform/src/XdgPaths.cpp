@@ -30,6 +30,10 @@ XdgPaths XdgPaths::current() {
     };
 }
 
+bool isSandboxed() {
+    return g_getenv("FLATPAK_ID") != nullptr;
+}
+
 std::error_code ensurePrivateFolder(const fs::path& folder) {
     std::error_code error;
     if (fs::is_directory(folder, error)) return {};

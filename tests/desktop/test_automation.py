@@ -60,9 +60,7 @@ class Actions(AutomationTest):
         self.app.page(self.service.web_url)
 
     def test_what_cannot_be_done_is_named(self):
-        self.assertEqual("app.parvela.Error.UnknownBoard: There is no board “Nowhere”.", self.refusal("AddTask", "x", "Nowhere", "", ""))
         self.assertTrue(self.refusal("CompleteTask", "NO-1").startswith("app.parvela.Error.NotFound: "))
-        self.assertTrue(self.refusal("AddTask", "x").startswith("org.freedesktop.DBus.Error.InvalidArgs"))
         self.service.stop()
         self.assertTrue(self.refusal("DueToday").startswith("app.parvela.Error.Offline: "))
         self.assertIn("Saved. It will be added when you are back online.", self.call("AddTask", "Later", "", "", ""))

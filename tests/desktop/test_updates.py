@@ -84,11 +84,16 @@ class Updates(DesktopTest):
         self.assertEqual(0, result.returncode, result.stderr)
 
     def test_a_new_version_is_offered_at_the_start_and_its_page_opens(self):
-        self.server.feed = self.feed("99.1")
+        self.server.feed = self.feed("99.1", "<b>Plain</b> text & nothing else.\n" + "A line of a long list.\n" * 60)
         tree = self.start()
         tree.wait_for(contains="Parvela 99.1 is available")
         notes = tree.wait_for(role="text", name="What is new")
         self.assertIn("<b>Plain</b> text & nothing else.", notes.text())
+        offer = next(one for one in self.app.windows() if one.id == windows.active_window(self.session))
+        for key in ("Page_Down", "Down"):
+            before = windows.wait_until_painted(offer)
+            windows.press(self.session, key)
+            wait_until(lambda before=before: windows.pieces_that_differ(before, offer.pixels()) > 40, f"the notes to scroll by {key}")
         windows.press(self.session, "Return")
         wait_until(lambda: self.session.browser_urls() == [PAGE], "the download page in the browser")
         self.assertTrue(self.process.running())

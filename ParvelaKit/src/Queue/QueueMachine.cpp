@@ -13,8 +13,9 @@ namespace {
 constexpr const char* keptOfflineNote = "Saved. It will be added when you are back online.";
 constexpr const char* keptNote = "Saved. It will be added later.";
 
-/// When another program sends, it is looked at again after this time.
-constexpr std::chrono::milliseconds lockPause = std::chrono::seconds(30);
+/// When another program sends, it is looked at again after this time. A command that adds one line sends for a moment
+/// only.
+constexpr std::chrono::milliseconds lockPause = std::chrono::seconds(1);
 /// So many lines in a row that the service fails over are not the lines' fault.
 constexpr std::int64_t faultsOfAnOutage = 3;
 

@@ -15,8 +15,10 @@ public:
     Autostart(const std::filesystem::path& folder, std::string desktopEntry, std::string name,
               std::vector<std::string> command);
 
-    /// "autostart" in the user's configuration folder.
+    /// "autostart" in the user's configuration folder, also from inside a sandbox.
     static std::filesystem::path userFolder();
+    /// What the desktop runs to start this program, given by its absolute path.
+    static std::vector<std::string> command(const std::filesystem::path& program);
 
     /// An entry that the user or the desktop switched off counts as off.
     bool isEnabled() const;

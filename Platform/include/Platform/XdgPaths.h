@@ -19,6 +19,9 @@ struct XdgPaths {
     static XdgPaths current();
 };
 
+/// Whether the program runs in a Flatpak, where folders and the names on the bus are not the desktop's own.
+bool isSandboxed();
+
 /// Makes a private folder (mode 0700) with its parents. A folder that exists keeps its mode.
 std::error_code ensurePrivateFolder(const std::filesystem::path& folder);
 

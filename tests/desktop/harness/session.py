@@ -130,16 +130,26 @@ class Session:
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="parvela-"))
         try:
             self._make_folders()
-            self._start_display()
-            self._start_bus()
-            self._start_window_manager()
-            self._start_keyring()
-            if self.notifications:
-                self._start_notifications()
+            self._log_in()
         except BaseException:
             self.close()
             raise
         return self
+
+    def _log_in(self):
+        self._start_display()
+        self._start_bus()
+        self._start_window_manager()
+        self._start_keyring()
+        if self.notifications:
+            self._start_notifications()
+
+    def log_out_and_in(self):
+        """Ends every program, and brings up another display and another bus for the same person."""
+        for process in reversed(self._started):
+            process.stop()
+        processes.end_descendants(self._marker)
+        self._log_in()
 
     def __exit__(self, *_):
         self.close()
@@ -306,6 +316,8 @@ class Session:
     def _service_folder(self):
         """Only these services may be started by a call: a session must not depend on what else the machine has installed."""
         folder = self.root / "services"
+        if folder.exists():
+            return folder
         folder.mkdir()
         for name in _BUS_SERVICES + self.bus_services:
             found = [path for path in (pathlib.Path(data) / "dbus-1" / "services" / f"{name}.service" for data in

@@ -109,7 +109,8 @@ def colours(pixels, step=101):
     return len({pixels[index:index + 3] for index in range(0, len(pixels) - 2, 3 * step)})
 
 
-def _pieces_that_differ(before, after, size=600):
+def pieces_that_differ(before, after, size=600):
+    """How many short runs of pixels are not what they were."""
     return sum(before[start:start + size] != after[start:start + size] for start in range(0, len(after), size))
 
 
@@ -125,6 +126,6 @@ def wait_until_painted(window, timeout=60.0, least_colours=12):
         looks[:-2] = []
         looks.append(window.pixels())
         return (len(looks) == 3 and colours(looks[-1]) >= least_colours
-                and all(len(one) == len(looks[-1]) and _pieces_that_differ(one, looks[-1]) <= 40 for one in looks) and looks[-1])
+                and all(len(one) == len(looks[-1]) and pieces_that_differ(one, looks[-1]) <= 40 for one in looks) and looks[-1])
 
     return wait_until(at_rest, "a painted page at rest", timeout, interval=0.25)

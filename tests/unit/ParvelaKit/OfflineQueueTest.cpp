@@ -329,11 +329,11 @@ TEST_F(OfflineQueueTest, onlyTheHolderOfTheLockSends) {
     EXPECT_EQ(std::move(task).result()->note, "Saved. It will be added later.");
     EXPECT_EQ(counts(), "1w0s0f");
     EXPECT_TRUE(network_.requests().empty());
-    EXPECT_EQ(sleep_.durations(), std::vector<std::chrono::milliseconds>{30s});
+    EXPECT_EQ(sleep_.durations(), std::vector<std::chrono::milliseconds>{1s});
 
     ::close(other);
     willCreate();
-    wakeAfter(30s);
+    wakeAfter(1s);
     EXPECT_EQ(counts(), "0w0s0f");
 }
 

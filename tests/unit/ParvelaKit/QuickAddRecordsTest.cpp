@@ -5,18 +5,6 @@ namespace {
 
 using Freq = QuickAddRepeat::Freq;
 
-TEST(QuickAddRecords, namesPriorities) {
-    const std::vector<std::pair<const char*, const char*>> texts{
-        {"none", "None"}, {"low", "Low"}, {"medium", "Medium"}, {"high", "High"}, {"urgent", "Urgent"}};
-    for (int raw = 0; raw < 5; ++raw) {
-        const auto priority = static_cast<QuickAddPriority>(raw);
-        EXPECT_EQ(QuickAdd::apiString(priority), texts[static_cast<std::size_t>(raw)].first);
-        EXPECT_EQ(QuickAdd::displayText(priority), texts[static_cast<std::size_t>(raw)].second);
-        EXPECT_EQ(QuickAdd::priorityFromApiString(QuickAdd::apiString(priority)), priority);
-    }
-    EXPECT_EQ(QuickAdd::priorityFromApiString("High"), std::nullopt);
-}
-
 TEST(QuickAddRecords, rendersRepeatRules) {
     struct Case {
         QuickAddRepeat rule;

@@ -26,22 +26,6 @@ Task<int> sumUpTo(int count) {
     co_return sum;
 }
 
-TEST(Task, runsUpToItsFirstSuspensionBeforeItReturns) {
-    auto task = immediate(7);
-    ASSERT_TRUE(task.done());
-    EXPECT_EQ(std::move(task).result(), 7);
-}
-
-TEST(Task, resumesThroughNestedTasksWhenTheValueArrives) {
-    const Deferred<int> input;
-    const auto target = std::make_shared<int>(0);
-    auto task = store(input, target);
-    EXPECT_FALSE(task.done());
-    input.resolve(41);
-    EXPECT_TRUE(task.done());
-    EXPECT_EQ(*target, 42);
-}
-
 TEST(Task, runsOnAndFreesItsFrameWhenDropped) {
     const auto target = std::make_shared<int>(0);
     const Deferred<int> input;

@@ -85,5 +85,18 @@ TEST_F(AutostartTest, theCommandSurvivesQuoting) {
         << "a per cent sign would be a field code";
 }
 
+TEST(AutostartPlaceTest, isTheDesktopsAlsoInASandbox) {
+    const fs::path program = "/app/bin/parvela-desktop";
+    EXPECT_EQ(Autostart::command(program), std::vector<std::string>{program});
+    g_setenv("FLATPAK_ID", "app.parvela.Parvela", TRUE);
+    g_setenv("HOST_XDG_CONFIG_HOME", "/host/config", TRUE);
+    EXPECT_EQ(Autostart::userFolder(), "/host/config/autostart");
+    EXPECT_EQ(Autostart::command(program),
+              (std::vector<std::string>{"flatpak", "run", "--command=parvela-desktop", "app.parvela.Parvela"}));
+    g_unsetenv("HOST_XDG_CONFIG_HOME");
+    EXPECT_EQ(Autostart::userFolder(), fs::path(g_get_home_dir()) / ".config" / "autostart");
+    g_unsetenv("FLATPAK_ID");
+}
+
 }  // namespace
 }  // namespace parvela

@@ -1,13 +1,16 @@
 #!/usr/bin/python3
-"""Measures the quick-add window from outside, as a user sees it: what is on the screen, and when.
+"""Measures quick add and the tray from outside, as a user sees them: what is on the screen, and when.
 
-  bench/quick-add-window.py [--build build/release] [--openings 40] [--keys 40]
+  bench/quick-add.py [--build build/release] [--part open|key|memory|ticker] [--runs N]
 
-Opening: from the press of the hot key, while another program has the keyboard, until the window has it and is painted, with 5 and
-with 5,000 tasks due. Key: from a key press until the piece that it completes is highlighted, at the end of lines of several
-lengths. The program runs in a private desktop session against a service in this script; key presses are real ones (XTest), and
-the screen is read until it shows what is waited for. Medians, 95th percentiles and maxima in milliseconds are printed, and how
-much memory the openings have left behind.
+  open     from the press of the shortcut, while another program has the keyboard, until the window has it and is painted, with 5
+           and with 5,000 tasks due (40 openings each)
+  key      from a key press until the piece that it completes is highlighted, at the end of lines of several lengths (40 keys each)
+  memory   what 1,000 openings leave behind
+  ticker   processor time in 20 s with and without a running timer, no window open
+
+The program runs in a private desktop session against a service in this script, for the ticker against the local service; key
+presses are real ones (XTest), and the screen is read until it shows what is waited for. Without --part everything is measured.
 """
 
 import argparse
@@ -26,9 +29,11 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "tests" / "desktop"))
 
-from harness import windows  # noqa: E402
+from harness import tray, windows  # noqa: E402
 from harness.application import Application  # noqa: E402
-from harness.session import Session  # noqa: E402
+from harness.bus import Bus  # noqa: E402
+from harness.service import LocalService  # noqa: E402
+from harness.session import Session, interruptible  # noqa: E402
 from harness.waiting import wait_until  # noqa: E402
 
 PATIENCE = 5.0
@@ -118,7 +123,7 @@ def until(condition, what):
     begin = time.perf_counter()
     while not condition():
         if time.perf_counter() - begin > PATIENCE:
-            raise SystemExit(f"quick-add-window: waited in vain for {what}")
+            raise SystemExit(f"quick-add: waited in vain for {what}")
     return (time.perf_counter() - begin) * 1000
 
 
@@ -129,8 +134,16 @@ def summary(label, times):
 
 
 def resident_kib(process):
-    text = pathlib.Path(f"/proc/{process.popen.pid}/status").read_text(encoding="ascii")
+    text = pathlib.Path(f"/proc/{process.pid}/status").read_text(encoding="ascii")
     return int(text.split("VmRSS:")[1].split()[0])
+
+
+def processor(process):
+    """Processor time so far in ms, and how often the process went to sleep."""
+    stat = pathlib.Path(f"/proc/{process.pid}/stat").read_text(encoding="utf-8").rpartition(")")[2].split()
+    status = pathlib.Path(f"/proc/{process.pid}/status").read_text(encoding="utf-8")
+    sleeps = int(status.partition("\nvoluntary_ctxt_switches:")[2].split()[0])
+    return (int(stat[11]) + int(stat[12])) * 1000 / os.sysconf("SC_CLK_TCK"), sleeps
 
 
 class Run:
@@ -197,8 +210,11 @@ class Run:
         until(lambda: sum(a != b for a, b in zip(before, self.screen.pixels(*field))) > 900, "the highlight")
         return (time.perf_counter() - begin) * 1000
 
-    def end(self):
-        self.session.__exit__(None, None, None)
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.session.close()
 
 
 def line_of(length):
@@ -207,36 +223,88 @@ def line_of(length):
     return f"{text} !high"
 
 
+def measure_opening(server, count):
+    for tasks in (5, 5000):
+        with Run(server, tasks) as run:
+            run.close()
+            run.opening()
+            run.close()
+            times = []
+            for _ in range(count):
+                times.append(run.opening())
+                run.close()
+            summary(f"shortcut to painted, {tasks} tasks due", times)
+
+
+def measure_keys(server, count):
+    for length in LINE_LENGTHS:
+        with Run(server, 5, draft=line_of(length)) as run:
+            summary(f"key to highlight, {length} characters", [run.key() for _ in range(count)])
+
+
+def measure_memory(server, count):
+    with Run(server, 5) as run:
+        run.close()
+        done = 0
+        for block in (50, *[count // 4] * 4):
+            for _ in range(block):
+                run.opening()
+                run.close()
+            done += block
+            print(f"after {done} openings: {resident_kib(run.app.process)} KiB resident", flush=True)
+
+
+def measure_ticker(_, seconds):
+    with Session(bus_services=tray.BUS_SERVICES) as session:
+        panel = tray.Panel(session, Bus(session))
+        panel.start()
+        service = LocalService(session)
+        app = Application(session, service.web_url, service.api_url)
+        app.start()
+        page = app.page(service.web_url)
+        page.press("Explore the demo")
+        page.press("Allow")
+        wait_until(app.stored_token, "the token")
+        item = panel.wait_for_item()
+
+        def show(what):
+            for window in app.windows():
+                window.activate()
+                windows.press(session, "ctrl+w")
+            wait_until(lambda: not app.windows(), "no window")
+            time.sleep(3)
+            before, sleeps = processor(app.process)
+            time.sleep(seconds)
+            after, later = processor(app.process)
+            print(f"{what}: {(after - before) / seconds:.2f} ms of processor time a second, {(later - sleeps) / seconds:.1f} wake-ups",
+                  flush=True)
+
+        page.evaluate("location.assign('/t/TSK-3')")
+        page.press("Start timer")
+        wait_until(lambda: item.XAyatanaLabel, "the timer")
+        page.close()
+        show("timer runs")
+        item.choose("Stop Timer on TSK-3")
+        wait_until(lambda: not item.XAyatanaLabel, "the timer to stop", timeout=30)
+        show("no timer")
+
+
+PARTS = {"open": (measure_opening, 40), "key": (measure_keys, 40), "memory": (measure_memory, 1000), "ticker": (measure_ticker, 20)}
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", default="build/release")
-    parser.add_argument("--openings", type=int, default=40)
-    parser.add_argument("--keys", type=int, default=40)
+    parser.add_argument("--part", choices=PARTS, action="append", help="measure only this; may be given again")
+    parser.add_argument("--runs", type=int, help="openings, keys or seconds instead of the usual number")
     arguments = parser.parse_args()
     os.environ.update(no_proxy="*", NO_PROXY="*", PARVELA_BUILD=str(ROOT / arguments.build))
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Service)
     threading.Thread(target=server.serve_forever, daemon=True).start()
-    for tasks in (5, 5000):
-        run = Run(server, tasks)
-        try:
-            run.close()
-            run.opening()
-            run.close()
-            before = resident_kib(run.app.process)
-            times = []
-            for _ in range(arguments.openings):
-                times.append(run.opening())
-                run.close()
-            summary(f"hot key to painted, {tasks} tasks due", times)
-            print(f"{'memory left by the openings':<38} {resident_kib(run.app.process) - before} KiB")
-        finally:
-            run.end()
-    for length in LINE_LENGTHS:
-        run = Run(server, 5, draft=line_of(length))
-        try:
-            summary(f"key to highlight, {length} characters", [run.key() for _ in range(arguments.keys)])
-        finally:
-            run.end()
+    with interruptible():
+        for part in arguments.part or PARTS:
+            measure, usual = PARTS[part]
+            measure(server, arguments.runs or usual)
 
 
 if __name__ == "__main__":
