@@ -3,7 +3,7 @@ import { html, useEffect } from './view.js';
 import { isPage, navigate, useRoute } from './core/router.js';
 import { loadSession, session } from './core/session.js';
 import { useStore } from './core/store.js';
-import { frame, native, onNative, postNative } from './core/native.js';
+import { frame, native, newTaskMayBeEarly, onNative, postNative } from './core/native.js';
 import { HandOffPage } from './pages/handoff.js';
 import { SignInPage } from './pages/sign-in.js';
 import { UnreachablePage } from './pages/unreachable.js';
@@ -34,6 +34,7 @@ export function App() {
 
   const signedOut = current.state === 'anonymous';
   useEffect(() => {
+    newTaskMayBeEarly(!signedOut);
     if (!signedOut) return;
     postNative({ type: 'boards', boards: [] });
     postNative({ type: 'badge', count: 0 });

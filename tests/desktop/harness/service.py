@@ -1,9 +1,11 @@
 """The local service on free ports, with its demo workspace, and a person's browser session with it."""
 
+import contextlib
 import http.cookiejar
 import json
 import os
 import pathlib
+import random
 import socket
 import urllib.error
 import urllib.request
@@ -13,9 +15,12 @@ from .waiting import wait_until
 
 
 def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
+    """A port for a program that is yet to start. The kernel gives those above 32767 to connections, so it could be gone by then."""
+    while True:
+        port = random.randrange(20000, 32768)
+        with socket.socket() as probe, contextlib.suppress(OSError):
+            probe.bind(("127.0.0.1", port))
+            return port
 
 
 class ServiceError(Exception):

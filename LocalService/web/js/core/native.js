@@ -27,8 +27,14 @@ const handlers = new Map();
 
 /** Wishes of the user that come before what carries them out is there; each comes once. @type {Map<string, any>} */
 const early = new Map();
-const mayBeEarly = ['newTask', 'requestLink', 'stopTimer'];
+const mayBeEarly = new Set(['newTask', 'requestLink', 'stopTimer']);
 const earlyLifetime = 30000;
+
+/** Without anybody signed in the shell has to do something else about a new task. @param {boolean} may */
+export function newTaskMayBeEarly(may) {
+  if (may) mayBeEarly.add('newTask');
+  else mayBeEarly.delete('newTask');
+}
 
 /**
  * @param {string} type of the shell's event
@@ -53,7 +59,7 @@ if (native) {
     for (const handler of listening) {
       if (handler(detail) === true) detail.handled = true;
     }
-    if (listening.size === 0 && mayBeEarly.includes(detail?.type)) {
+    if (listening.size === 0 && mayBeEarly.has(detail?.type)) {
       early.set(detail.type, detail);
       detail.handled = true;
       setTimeout(() => early.delete(detail.type), earlyLifetime);
