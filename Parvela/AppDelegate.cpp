@@ -166,6 +166,7 @@ void AppDelegate::didFinishLaunching() {
         const auto* const tab = windows_->frontController();
         menu_->setBoards(tab ? tab->boards() : std::vector<BoardRef>{});
     };
+    windows_->web().onFailure([this](const std::string& problem) { showAlert("Pages can't be shown", problem); });
     windows_->onLastWindowClosed = [this] { lastWindowClosed(); };
     windows_->downloads().notify = [this](const UserNotification& notification) { notify(notification); };
     windows_->onQuickAdd = [this] { showQuickAdd(); };

@@ -112,6 +112,16 @@ void BrowserDelegate::watchView() {
     }));
 }
 
+void BrowserDelegate::load(const Url& url) {
+    if (firstLoad_ == FirstLoad::asked) {
+        // The engine asked for several pages before its process runs may end at an empty one.
+        insteadOfFirst_ = url;
+        return;
+    }
+    if (firstLoad_ == FirstLoad::none) firstLoad_ = FirstLoad::asked;
+    webkit_web_view_load_uri(webView_.get(), url.text().c_str());
+}
+
 bool BrowserDelegate::decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type) {
     switch (type) {
         case WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION:
@@ -129,6 +139,12 @@ bool BrowserDelegate::decidePolicy(WebKitPolicyDecision* decision, WebKitPolicyD
 bool BrowserDelegate::decideNavigation(WebKitNavigationPolicyDecision* decision) {
     WebKitNavigationAction* const action = webkit_navigation_policy_decision_get_navigation_action(decision);
     const std::string uri = uriOf(action);
+    firstLoad_ = FirstLoad::begun;
+    if (const auto instead = std::exchange(insteadOfFirst_, std::nullopt)) {
+        webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
+        loadInstead_ = MainLoopTimer(std::chrono::milliseconds{0}, [this, url = *instead] { load(url); });
+        return true;
+    }
     if (std::exchange(keepsDying_, false)) {
         webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
         afterCrash_ = MainLoopTimer(std::chrono::milliseconds{0}, [this, uri] {

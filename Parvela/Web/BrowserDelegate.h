@@ -53,6 +53,9 @@ public:
     /// A sign-in goes on in the browser; this view waits for it to come back.
     std::function<void()> onSignInHandOff;
 
+    /// Loads a page of the user's choice. While the first one is not yet begun, the last choice counts.
+    void load(const Url& url);
+
     bool showsErrorPage() const noexcept { return errorPage_.has_value(); }
 
     /// Asks the page, and if it wants its user, whether it may be closed.
@@ -82,6 +85,10 @@ private:
     NavigationPolicy policy_;
     std::vector<Connection> connections_;
     /// The address that the error page in the view stands for.
+    enum class FirstLoad { none, asked, begun };
+    FirstLoad firstLoad_ = FirstLoad::none;
+    std::optional<Url> insteadOfFirst_;
+    MainLoopTimer loadInstead_;
     std::optional<std::string> errorPage_;
     bool loadsErrorPage_ = false;
     std::unique_ptr<PageRetry> retry_;

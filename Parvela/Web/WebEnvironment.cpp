@@ -158,8 +158,8 @@ void WebEnvironment::filterCompiled(GObject* store, GAsyncResult* result, gpoint
         self->adopt(std::move(filter));
         self->removeStaleFilters();
     } else if (self->onFailure_) {
-        self->onFailure_(fmt::format("Pages can't be shown, because the navigation rules could not be prepared: {}.",
-                                     error->message));
+        self->onFailure_(
+            fmt::format("The rules of navigation could not be prepared: {}. Start Parvela again.", error->message));
     }
 }
 

@@ -74,7 +74,7 @@ MainWindowController::~MainWindowController() = default;
 void MainWindowController::load(const Url& url) {
     pending_.reset();
     requested_ = url;
-    webkit_web_view_load_uri(webView_.get(), url.text().c_str());
+    browser_.load(url);
 }
 
 void MainWindowController::loadWhenShown(Url url) {
