@@ -1,3 +1,5 @@
+#include "X11Connection.h"
+
 #include <Platform/X11DesktopClicks.h>
 
 #include <array>
@@ -6,7 +8,6 @@
 
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput2.h>
-#include <glib-unix.h>
 
 namespace parvela {
 
@@ -31,21 +32,11 @@ std::optional<int> inputExtension(Display* display) {
 
 class X11DesktopClicks::Impl {
 public:
-    Impl(Display* display, int opcode) : display_(display), root_(DefaultRootWindow(display)), opcode_(opcode) {
-        source_ = g_unix_fd_add(
-            ConnectionNumber(display_), G_IO_IN,
-            [](int, GIOCondition, gpointer data) -> gboolean {
-                static_cast<Impl*>(data)->drain();
-                return G_SOURCE_CONTINUE;
-            },
-            this);
-    }
-    Impl(const Impl&) = delete;
-    Impl& operator=(const Impl&) = delete;
-    ~Impl() {
-        g_source_remove(source_);
-        XCloseDisplay(display_);
-    }
+    Impl(Display* display, int opcode)
+        : display_(display),
+          root_(DefaultRootWindow(display)),
+          opcode_(opcode),
+          connection_(display, [this] { drain(); }) {}
 
     void start(std::function<void()> action) {
         action_ = std::move(action);
@@ -106,8 +97,8 @@ private:
     Display* display_;
     Window root_;
     int opcode_;
-    guint source_ = 0;
     std::function<void()> action_;
+    X11Connection connection_;
 };
 
 std::unique_ptr<X11DesktopClicks> X11DesktopClicks::open() {

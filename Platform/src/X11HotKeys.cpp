@@ -1,3 +1,5 @@
+#include "X11Connection.h"
+
 #include <Platform/MainLoop.h>
 #include <Platform/X11HotKeys.h>
 
@@ -9,7 +11,6 @@
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/keysym.h>
-#include <glib-unix.h>
 
 namespace parvela {
 
@@ -61,25 +62,12 @@ unsigned maskOf(std::uint32_t modifiers) {
 
 class X11HotKeys::Impl {
 public:
-    explicit Impl(Display* display) : display_(display), root_(DefaultRootWindow(display)) {
+    explicit Impl(Display* display)
+        : display_(display), root_(DefaultRootWindow(display)), connection_(display, [this] { drain(); }) {
         // A key that is held sends presses only, and one release at its end.
         XkbSetDetectableAutoRepeat(display_, True, nullptr);
         numLock_ = findNumLock();
-        source_ = g_unix_fd_add(
-            ConnectionNumber(display_), G_IO_IN,
-            [](int, GIOCondition, gpointer data) -> gboolean {
-                static_cast<Impl*>(data)->drain();
-                return G_SOURCE_CONTINUE;
-            },
-            this);
     }
-    Impl(const Impl&) = delete;
-    Impl& operator=(const Impl&) = delete;
-    ~Impl() {
-        g_source_remove(source_);
-        XCloseDisplay(display_);  // ends the grabs
-    }
-
     std::optional<std::uint32_t> add(HotKey key, std::function<void()> action) {
         const std::uint32_t id = nextId_++;
         Grab grab{.mask = maskOf(key.modifiers), .action = std::make_shared<std::function<void()>>(std::move(action))};
@@ -200,10 +188,10 @@ private:
     Display* display_;
     Window root_;
     unsigned numLock_ = 0;
-    guint source_ = 0;
     std::uint32_t nextId_ = 1;
     std::map<std::uint32_t, Grab> grabs_;
     MainLoopTimer soon_;
+    X11Connection connection_;  ///< its end ends the grabs
 };
 
 std::unique_ptr<X11HotKeys> X11HotKeys::open() {
