@@ -2,6 +2,7 @@
 
 import base64
 import json
+import time
 import urllib.parse
 
 from harness import windows
@@ -53,11 +54,16 @@ class ServerChange(DesktopTest):
         self.app.start()
         self.app.wait_for_window(lambda one: one.title == "Ours")
         self.use_bus()
-        # Back again before the rules of the other server are in force.
-        for url in ("https://other.invalid", site.url):
-            self.app.change_settings(customAppURL=url, customAPIURL=url)
-            self.bus.activate(APP_ID, "reload-settings")
-        wait_until(lambda: site.requests.count("/") > 1, "the page of the first server to be loaded again")
+
+        def switched():
+            # Back again before the rules of the other server are in force; sometimes before it was seen at all.
+            for url in ("https://other.invalid", site.url):
+                self.app.change_settings(customAppURL=url, customAPIURL=url)
+                self.bus.activate(APP_ID, "reload-settings")
+            time.sleep(1)
+            return site.requests.count("/") > 1
+
+        wait_until(switched, "the page of the first server to be loaded again")
         page = self.app.page(site.url)
         foreign = site.url.replace("127.0.0.1", "127.0.0.2") + "/foreign"
         page.evaluate(f"location.assign('{foreign}')")
