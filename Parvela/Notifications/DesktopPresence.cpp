@@ -4,6 +4,7 @@
 #include "Windows/MainWindowController.h"
 #include "Windows/WindowManager.h"
 
+#include <ParvelaKit/BoardView.h>
 #include <Platform/WallClockAlarm.h>
 
 #include <charconv>
@@ -74,7 +75,7 @@ void DesktopPresence::offerDockMenu(GApplication* application, const std::shared
                                     windows_.showMainWindow();
                                     auto* const tab = windows_.frontController();
                                     if (tab) {
-                                        tab->openPath("/b/" + percentEncode(board.id, UrlCharacters::pathSegment));
+                                        tab->openPage(BoardView::page(board.id, 0, windows_.server()));
                                     }
                                 })});
     launcher_.setMenu(DockMenu::objectPath);

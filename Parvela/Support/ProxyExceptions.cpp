@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstdlib>
+#include <string>
+#include <string_view>
 
 namespace parvela {
 
@@ -10,13 +12,13 @@ namespace {
 /// As GLib's resolver, by way of libproxy, understands them.
 constexpr std::string_view loopback = "localhost,127.0.0.0/8,[::1]";
 
-}  // namespace
-
 std::string withLoopback(std::string_view hosts) {
     std::string all(hosts);
     if (!all.empty()) all += ',';
     return all += loopback;
 }
+
+}  // namespace
 
 void exceptLoopbackFromProxies() {
     // The lower-case name wins where both are set.

@@ -2,6 +2,8 @@
 
 #include "Support/InstalledFiles.h"
 
+#include <ParvelaKit/NativeBridge.h>
+
 #include <cstdlib>
 #include <memory>
 #include <utility>
@@ -11,9 +13,6 @@
 namespace parvela {
 
 namespace {
-
-/// What pages are told about the shell; the web app knows the desktop shells by the one name.
-constexpr const char* applicationName = " ParvelaApp/1.0 (macOS)";
 
 Ref<WebKitSettings> makeSettings() {
     // Pages are inspected only on demand: by the variable that starts WebKit's inspector server, or by our own.
@@ -29,7 +28,9 @@ Ref<WebKitSettings> makeSettings() {
                                                                 "enable-page-cache", FALSE,                         //
                                                                 "javascript-can-open-windows-automatically", TRUE,  //
                                                                 nullptr)));
-    const std::string agent = std::string(webkit_settings_get_user_agent(settings.get())) + applicationName;
+    // The web app knows the desktop shells by the one name.
+    const std::string agent = std::string(webkit_settings_get_user_agent(settings.get())) + " " +
+                              NativeBridge::userAgentSuffix(NativeBridge::Platform::macos);
     webkit_settings_set_user_agent(settings.get(), agent.c_str());
     return settings;
 }

@@ -86,8 +86,7 @@ void WindowActions::addForTab() {
     connections_.push_back(
         connect<void(GSimpleAction*, GVariant*)>(openBoard.get(), "activate", [this](GSimpleAction*, GVariant* id) {
             auto* const tab = window_.selected();
-            if (tab)
-                tab->openPath("/b/" + percentEncode(g_variant_get_string(id, nullptr), UrlCharacters::pathSegment));
+            if (tab) tab->openPage(BoardView::page(g_variant_get_string(id, nullptr), 0, manager_.server()));
         }));
     g_action_map_add_action(G_ACTION_MAP(window_.get()), G_ACTION(openBoard.get()));
 
