@@ -66,7 +66,7 @@ void PopoverWindow::present(std::optional<PopoverAnchor> anchor, const std::opti
     presentForUser(window_, token);
     // Window managers place a window anew whenever it is mapped.
     place();
-    if (desktopClicks_) desktopClicks_->start([this] { close(Focus::leave); });
+    if (desktopClicks_) desktopClicks_->start([this] { dismiss(); });
 }
 
 void PopoverWindow::place() {
@@ -124,7 +124,13 @@ void PopoverWindow::lookForFocus() {
         case KeyboardPlace::unknown:
             break;
     }
+    dismiss();
+}
+
+void PopoverWindow::dismiss() {
+    if (!isShown()) return;
     close(Focus::leave);
+    if (onDismissed) onDismissed();
 }
 
 }  // namespace parvela

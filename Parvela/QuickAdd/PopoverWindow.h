@@ -43,7 +43,10 @@ public:
     void close(Focus focus);
     bool isShown() const;
 
+    /// Told after it has gone, for whatever reason.
     std::function<void()> onClosed;
+    /// Told after it went by itself, besides onClosed.
+    std::function<void()> onDismissed;
     std::function<void()> onEscape;
     std::function<void()> onRefresh;
 
@@ -52,6 +55,7 @@ private:
     void addKeys();
     void activeChanged();
     void lookForFocus();
+    void dismiss();
     void didHide();
 
     GtkWindow* window_;

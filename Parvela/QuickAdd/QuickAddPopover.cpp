@@ -28,6 +28,9 @@ QuickAddPopover::QuickAddPopover(GtkApplication* application, std::shared_ptr<Ap
       linkPrompt_(interface_.get<GtkWidget>("linkPrompt")) {
     gtk_window_set_application(window_.get(), application);
     window_.onClosed = [this] { closed(); };
+    window_.onDismissed = [this] {
+        if (onDismissed) onDismissed();
+    };
     window_.onEscape = [this] { hide(); };
     form_->openTask = [this](const TaskSummary& task) {
         leave();
@@ -122,7 +125,6 @@ void QuickAddPopover::focusField() {
 void QuickAddPopover::closed() {
     form_->didClose();
     queue_.setShown(QueueSection::Shown::no);
-    if (onClosed) onClosed();
 }
 
 void QuickAddPopover::showLink() {

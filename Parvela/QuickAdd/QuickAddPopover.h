@@ -56,8 +56,8 @@ public:
     bool isShown() const;
     void focusField();
 
-    /// Told after it has gone, for whatever reason.
-    std::function<void()> onClosed;
+    /// Told after it went because the user went elsewhere.
+    std::function<void()> onDismissed;
 
 private:
     /// Goes away because another window of ours is about to come.

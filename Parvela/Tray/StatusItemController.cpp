@@ -69,16 +69,16 @@ QuickAddPopover& StatusItemController::popover() {
     if (!popover_) {
         popoverPreparation_.reset();
         popover_ = std::make_unique<QuickAddPopover>(application_, model_, actions_);
-        popover_->onClosed = [this] { closedAt_ = g_get_monotonic_time(); };
+        popover_->onDismissed = [this] { dismissedAt_ = g_get_monotonic_time(); };
     }
     return *popover_;
 }
 
 void StatusItemController::clicked(const TrayItem::Activation& activation) {
-    const bool wasClosedByClick = closedAt_ != 0 && g_get_monotonic_time() - closedAt_ < clickDuration;
+    const bool dismissedByThisClick = dismissedAt_ && g_get_monotonic_time() - *dismissedAt_ < clickDuration;
     if (isPopoverShown()) {
         hide();
-    } else if (!wasClosedByClick) {
+    } else if (!dismissedByThisClick) {
         show(PopoverAnchor{activation.x, activation.y}, Focus::field, activation.token);
     }
 }
@@ -103,7 +103,6 @@ void StatusItemController::show(std::optional<PopoverAnchor> anchor, Focus focus
 
 void StatusItemController::hide() {
     popover_->hide();
-    closedAt_ = 0;  // the next click opens it, however soon
 }
 
 void StatusItemController::timerChanged() {

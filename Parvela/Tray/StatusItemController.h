@@ -69,7 +69,7 @@ private:
     /// Runs only while a timer does.
     MainLoopTimer ticker_;
     /// g_get_monotonic_time() of when the popover went by itself; 0 when the user closed it here.
-    std::int64_t closedAt_ = 0;
+    std::optional<std::int64_t> dismissedAt_;  ///< when the popover went by itself; monotonic, microseconds
     std::vector<Subscription> subscriptions_;
     Connection schemeChanged_;
 };
