@@ -39,7 +39,6 @@ constexpr std::size_t longestAlertTitle = 200;
 constexpr std::size_t longestAlertText = 1000;
 
 /// Set once the graphics driver has let a page go undrawn. People may remove it from the settings file.
-constexpr std::string_view safeRendererKey = "safeRenderer";
 
 constexpr std::array<GOptionEntry, 5> options{{
     {"background", 0, 0, G_OPTION_ARG_NONE, nullptr, "Start without showing a window", nullptr},
@@ -104,8 +103,7 @@ AppDelegate::AppDelegate(std::optional<UpdateFeed> updates)
 AppDelegate::~AppDelegate() = default;
 
 int AppDelegate::run(int argc, char** argv) {
-    const auto remembered = defaults_->get(safeRendererKey);
-    const bool safe = remembered == StoredValue(true) || !hasRenderNode();
+    const bool safe = Preferences(defaults_).safeRenderer() || !hasRenderNode();
     exceptLoopbackFromProxies();
     applyRenderer(safe ? Renderer::safe : Renderer::accelerated);
     automation_ = std::make_unique<AutomationHost>();
@@ -475,7 +473,7 @@ void AppDelegate::offerSafeRenderer() {
     connections_.push_back(connect<void(AdwMessageDialog*, const char*)>(
         dialog, "response", [this](AdwMessageDialog*, const char* response) {
             if (std::string_view(response) != "restart") return;
-            defaults_->set(safeRendererKey, true);
+            Preferences(defaults_).setSafeRenderer(true);
             startsAgain_ = true;
             g_application_quit(G_APPLICATION(application_.get()));
         }));

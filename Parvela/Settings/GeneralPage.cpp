@@ -2,6 +2,7 @@
 
 #include "Settings/MessageLabel.h"
 #include "Support/InstalledFiles.h"
+#include "Support/RendererChoice.h"
 
 #include <ParvelaKit/PageZoom.h>
 
@@ -41,6 +42,7 @@ GeneralPage::GeneralPage(std::shared_ptr<const SettingsEnvironment> environment)
     connectBoards();
     connectStart();
     connectZoom();
+    connectGraphics();
 }
 
 void GeneralPage::connectBoards() {
@@ -150,6 +152,16 @@ void GeneralPage::showZoom() {
     gtk_widget_set_sensitive(interface_.get<GtkWidget>("zoomOut"), zoom > PageZoom::minimum);
     gtk_widget_set_sensitive(interface_.get<GtkWidget>("zoomIn"), zoom < PageZoom::maximum);
     gtk_widget_set_sensitive(interface_.get<GtkWidget>("zoomReset"), zoom != PageZoom::actualSize);
+}
+
+void GeneralPage::connectGraphics() {
+    auto* const graphics = interface_.get<GtkSwitch>("graphics");
+    gtk_widget_set_visible(interface_.get<GtkWidget>("graphicsRow"), hasRenderNode());
+    gtk_switch_set_active(graphics, !environment_->preferences().safeRenderer());
+    connections_.push_back(
+        connect<void(GtkSwitch*, GParamSpec*)>(graphics, "notify::active", [this](GtkSwitch* control, GParamSpec*) {
+            environment_->preferences().setSafeRenderer(!gtk_switch_get_active(control));
+        }));
 }
 
 void GeneralPage::refresh() {

@@ -37,6 +37,7 @@ private:
     void connectBoards();
     void connectStart();
     void connectZoom();
+    void connectGraphics();
     void showBoards();
     void choseBoard();
     void showStart();

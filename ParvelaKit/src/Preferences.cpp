@@ -242,6 +242,12 @@ bool Preferences::startsHidden() const {
 void Preferences::setStartsHidden(bool hidden) const {
     store_->set("startsHidden", hidden);
 }
+bool Preferences::safeRenderer() const {
+    return readFlag(*store_, "safeRenderer").value_or(false);
+}
+void Preferences::setSafeRenderer(bool safe) const {
+    store_->set("safeRenderer", safe);
+}
 
 std::optional<Instant> Preferences::lastUpdateCheck() const {
     const auto time = readInteger(*store_, "lastUpdateCheck");

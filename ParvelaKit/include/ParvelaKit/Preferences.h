@@ -105,6 +105,9 @@ public:
     /// "startsHidden": whether the start at login shows no window; true.
     bool startsHidden() const;
     void setStartsHidden(bool hidden) const;
+    /// "safeRenderer": whether windows and pages are drawn without the graphics card; read at the start; false.
+    bool safeRenderer() const;
+    void setSafeRenderer(bool safe) const;
 
     /// "lastUpdateCheck": when the update feed last answered, in milliseconds since 1970.
     std::optional<Instant> lastUpdateCheck() const;
