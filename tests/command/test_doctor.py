@@ -7,7 +7,7 @@ from harness.session import Keyring
 from support import CommandCase, TOKEN
 
 ROWS = ["Versions", "Session", "Automation", "Tray", "Desktop portal", "Keyring", "Notifications", "Renderer", "Server", "Link",
-        "Waiting lines", "Links", "Start at login"]
+        "Waiting lines", "Files", "Links", "Start at login"]
 
 
 class Doctor(CommandCase):
@@ -36,7 +36,7 @@ class Doctor(CommandCase):
         self.assertEqual(list(rows), ROWS)
         self.assertRegex(rows["Versions"]["finding"], r"^Parvela [\d.]+, GLib [\d.]+, GTK [\d.]+, libadwaita [\d.]+, WebKitGTK [\d.]+\.$")
         expected = {"Session": "notice", "Tray": "notice", "Keyring": "good", "Notifications": "notice", "Server": "good",
-                    "Link": "notice", "Waiting lines": "good", "Links": "notice"}
+                    "Link": "notice", "Waiting lines": "good", "Files": "good", "Links": "notice"}
         self.assertEqual({what: rows[what]["verdict"] for what in expected}, expected)
         text = self.parvela("doctor").stdout
         for what in ROWS:
@@ -64,6 +64,12 @@ class Doctor(CommandCase):
         self.link()
         self.parvela("add", "x")
         self.assertEqual(self.verdicts("Server", "Link", "Waiting lines"), ["problem", "notice", "notice"])
+
+    def test_a_folder_that_cannot_be_written(self):
+        cache = self.session.home / ".cache" / "parvela"
+        cache.write_text("in the way")
+        self.addCleanup(cache.unlink)
+        self.assertRegex(self.rows()["Files"]["finding"], r"/\.cache/parvela can't be written: .+\.$")
 
 
 class LockedKeyring(CommandCase):

@@ -1,8 +1,11 @@
 #include "DesktopChecks.h"
 
+#include "AtomicFile.h"
+
 #include <ParvelaKit/BuildInfo.h>
 #include <ParvelaKit/GLibPtr.h>
 #include <Platform/Autostart.h>
+#include <Platform/XdgPaths.h>
 
 #include <algorithm>
 #include <array>
@@ -10,6 +13,8 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <optional>
+#include <system_error>
+#include <unistd.h>
 #include <utility>
 
 #include <fmt/format.h>
@@ -175,6 +180,15 @@ Task<Diagnostic> notifications(dbus::Bus bus, bool isOwned, bool isThere) {
     co_return Diagnostic{what, Verdict::good, fmt::format("Notifications are shown by {} {}.", name, version), ""};
 }
 
+/// Puts as much into a folder as a change of the settings or a kept line takes, and takes it away again.
+std::error_code tryToWrite(const std::filesystem::path& folder) {
+    if (const auto error = ensurePrivateFolder(folder)) return error;
+    const auto file = folder / fmt::format(".can-be-written-{}", getpid());
+    const auto error = replaceFile(file, std::string(std::size_t{64} * 1024, '\0'));
+    unlink(file.c_str());
+    return error;
+}
+
 }  // namespace
 
 Diagnostic versions() {
@@ -202,20 +216,33 @@ Diagnostic sessionType() {
             "The command works here; the window needs a desktop session."};
 }
 
-Diagnostic renderer() {
+Diagnostic renderer(bool isSafe) {
     std::error_code error;
     bool hasNode = false;
     for (std::filesystem::directory_iterator entry("/dev/dri", error), end; !error && entry != end;
          entry.increment(error)) {
         hasNode = hasNode || entry->path().filename().string().starts_with("renderD");
     }
-    std::string found =
-        hasNode ? "A graphics card can be used." : "There is no graphics card to use; pages are drawn in software.";
+    std::string found = !hasNode ? "There is no graphics card to use; pages are drawn in software."
+                        : isSafe ? "The graphics card is not used, as chosen in Settings."
+                                 : "A graphics card can be used.";
     for (const char* const name : {"GSK_RENDERER", "WEBKIT_DISABLE_DMABUF_RENDERER"}) {
         const std::string value = environment(name);
         if (!value.empty()) found += fmt::format(" {} is set to “{}”.", name, value);
     }
     return {"Renderer", Verdict::good, found, ""};
+}
+
+Diagnostic files() {
+    const auto paths = XdgPaths::current();
+    for (const auto& folder : {paths.config, paths.data, paths.cache}) {
+        if (const auto error = tryToWrite(folder)) {
+            return {"Files", Verdict::problem,
+                    fmt::format("{} can't be written: {}.", folder.string(), error.message()),
+                    "Make room on the disk, and see to it that the folder is yours."};
+        }
+    }
+    return {"Files", Verdict::good, "Settings and data can be written.", ""};
 }
 
 Diagnostic links(const std::string& applicationId) {

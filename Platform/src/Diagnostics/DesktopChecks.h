@@ -11,7 +11,9 @@ namespace parvela::diagnostics {
 
 Diagnostic versions();
 Diagnostic sessionType();
-Diagnostic renderer();
+Diagnostic renderer(bool isSafe);
+/// Whether settings and data can be written.
+Diagnostic files();
 Diagnostic links(const std::string& applicationId);
 Diagnostic startAtLogin(const std::string& applicationId);
 

@@ -81,14 +81,14 @@ Diagnostic waitingLines(const OfflineQueueStatus& queue) {
     if (queue.notice) {
         return {what, Verdict::problem, *queue.notice, "Check the folder of Parvela's data and the space on the disk."};
     }
+    const std::size_t open = queue.waiting + queue.sending;
+    const std::string waiting = fmt::format("{} {} to be added", open, open == 1 ? "waits" : "wait");
     if (queue.failed > 0) {
-        return {what, Verdict::notice,
-                fmt::format("{} wait to be added, {} could not be added.", queue.waiting + queue.sending, queue.failed),
+        return {what, Verdict::notice, fmt::format("{}, {} could not be added.", waiting, queue.failed),
                 "Open quick add to try the failed ones again or to discard them."};
     }
-    if (queue.waiting + queue.sending > 0) {
-        return {what, Verdict::notice, fmt::format("{} wait to be added.", queue.waiting + queue.sending),
-                "Parvela adds them when it runs and the server answers."};
+    if (open > 0) {
+        return {what, Verdict::notice, waiting + ".", "Parvela adds them when it runs and the server answers."};
     }
     return {what, Verdict::good, "No line waits to be added.", ""};
 }
@@ -102,12 +102,13 @@ Task<std::vector<Diagnostic>> Diagnostics::run(Subject subject) {
     std::vector<Diagnostic> rows{diagnostics::versions(), diagnostics::sessionType()};
     auto services = co_await askingBus;
     std::ranges::move(services, std::back_inserter(rows));
-    rows.push_back(diagnostics::renderer());
+    rows.push_back(diagnostics::renderer(subject.session.prefs().safeRenderer()));
     auto serverRow = co_await askingServer;
     auto linkRow = co_await askingLink;
     rows.push_back(std::move(serverRow));
     rows.push_back(std::move(linkRow));
     rows.push_back(waitingLines(subject.queue));
+    rows.push_back(diagnostics::files());
     rows.push_back(diagnostics::links(subject.applicationId));
     rows.push_back(diagnostics::startAtLogin(subject.applicationId));
     co_return rows;
