@@ -24,8 +24,7 @@ namespace {
 class Actions {
 public:
     Actions(const CommandSession& session, const Console& console)
-        : queue_(offlineQueueEnvironment(*session.clock)),
-          intents_(session.session, queue_, [this](const Url& page) { page_ = page; }) {
+        : queue_(environment(session)), intents_(session.session, queue_, [this](const Url& page) { page_ = page; }) {
         if (const auto& notice = queue_.status().get().notice) console.warn(*notice);
     }
 
@@ -34,6 +33,13 @@ public:
     const std::optional<Url>& page() const noexcept { return page_; }
 
 private:
+    /// A command has no window that would freeze while many of its kind write.
+    static OfflineQueue::Environment environment(const CommandSession& session) {
+        auto environment = offlineQueueEnvironment(*session.clock);
+        environment.filePatience = std::chrono::seconds(10);
+        return environment;
+    }
+
     OfflineQueue queue_;
     std::optional<Url> page_;
     ParvelaIntents intents_;

@@ -86,6 +86,8 @@ public:
         std::function<double()> random;  ///< evenly between 0 and 1
         /// Finishes after a time, or soon after a stop request.
         std::function<Task<void>(std::chrono::milliseconds, std::stop_token)> sleep;
+        /// How long an operation may block while other programs write to the file.
+        std::chrono::milliseconds filePatience{250};
     };
 
     /// Longer lines are sent, but not kept.
@@ -100,8 +102,9 @@ public:
     /// The oldest `count` lines after the first `offset`, those that failed for good first.
     std::vector<QueuedLine> lines(std::size_t count, std::size_t offset = 0) const;
 
-    /// Sends one line at once. When the service cannot be reached or takes too long, the line waits in the queue; any
-    /// other failure is the caller's, and the line is not kept. Cancelling takes the line back.
+    /// Sends one line at once, or when others who send now are done, within seconds. When the service cannot be reached
+    /// or takes too long, the line waits in the queue; any other failure is the caller's, and the line is not kept.
+    /// Cancelling takes the line back.
     Task<Result<QuickAddReceipt, QuickAddFailure>> submit(QuickAddSubmission submission, std::string boardName,
                                                           ParvelaAPI api, std::stop_token stop = {});
 

@@ -16,6 +16,9 @@ constexpr const char* keptNote = "Saved. It will be added later.";
 /// When another program sends, it is looked at again after this time. A command that adds one line sends for a moment
 /// only.
 constexpr std::chrono::milliseconds lockPause = std::chrono::seconds(1);
+/// Those who send one line are done soon. Waiting for them gives its author the task, and not a promise.
+constexpr int looksForTheLock = 60;
+constexpr std::chrono::milliseconds betweenLooks{50};
 /// So many lines in a row that the service fails over are not the lines' fault.
 constexpr std::int64_t faultsOfAnOutage = 3;
 
@@ -46,7 +49,7 @@ OfflineQueue::Machine::Machine(Environment environment)
 }
 
 void OfflineQueue::Machine::open() {
-    auto store = QueueStore::open(environment_.file);
+    auto store = QueueStore::open(environment_.file, environment_.filePatience);
     const auto lock = lock_.take();
     if (lock == QueueLock::Attempt::unavailable && store) {
         store =
@@ -55,7 +58,7 @@ void OfflineQueue::Machine::open() {
     // Set aside under the lock, so that no other program writes to the file while it gets its new name.
     if (!store && store.error().problem == QueueStore::OpenProblem::damaged && lock_.isHeld()) {
         if (const auto kept = setAside(environment_.file, now())) {
-            store = QueueStore::open(environment_.file);
+            store = QueueStore::open(environment_.file, environment_.filePatience);
             setNotice(
                 fmt::format("The list of waiting lines was damaged. It was kept as \"{}\", and a new one was started.",
                             kept->string()));
@@ -312,6 +315,21 @@ OfflineQueue::Machine::Kept OfflineQueue::Machine::keep(const NewQueuedLine& lin
     return {*inserted, maySend};
 }
 
+Task<OfflineQueue::Machine::Turn> OfflineQueue::Machine::waitForLock(std::shared_ptr<Machine> machine, Flight flight,
+                                                                     std::stop_token stop) {
+    for (int look = 0; look < looksForTheLock; ++look) {
+        auto nap = machine->environment_.sleep(betweenLooks, stop);
+        co_await nap;
+        if (!machine->store_ || !machine->isCurrent(flight)) break;
+        if (stop.stop_requested()) co_return machine->discard(flight.second) ? Turn::takenBack : Turn::others;
+        if (!machine->takeLock()) continue;
+        const auto taken = machine->store_->takeWaiting(flight.second);
+        if (machine->worked(taken) && *taken) co_return Turn::ours;
+        break;
+    }
+    co_return Turn::others;
+}
+
 Task<Result<QuickAddReceipt, QuickAddFailure>> OfflineQueue::Machine::submit(std::shared_ptr<Machine> machine,
                                                                              QuickAddSubmission submission,
                                                                              std::string boardName, ParvelaAPI api,
@@ -326,10 +344,15 @@ Task<Result<QuickAddReceipt, QuickAddFailure>> OfflineQueue::Machine::submit(std
                              .day = submission.today,
                              .createdAt = machine->now(),
                              .draft = *draft};
-    const Kept kept = machine->keep(line);
+    Kept kept = machine->keep(line);
     machine->refreshCounts();
     if (kept.id && !kept.maySend) {
-        // Whoever sends now sends this line too.
+        auto turn = waitForLock(machine, {machine->storeGeneration_, *kept.id}, stop);
+        const Turn got = co_await turn;
+        if (got == Turn::takenBack) co_return Failure<QuickAddFailure>(APIFailure::cancelled());
+        kept.maySend = got == Turn::ours;
+    }
+    if (kept.id && !kept.maySend) {
         machine->startPump();
         co_return QuickAddReceipt{std::nullopt, keptNote};
     }

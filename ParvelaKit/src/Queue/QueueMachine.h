@@ -65,6 +65,9 @@ private:
         bool maySend = true;
     };
     Kept keep(const NewQueuedLine& line);
+    /// Who sends a line that was kept while another program held the lock.
+    enum class Turn { ours, others, takenBack };
+    static Task<Turn> waitForLock(std::shared_ptr<Machine> machine, Flight flight, std::stop_token stop);
     /// Removes a line that is being handed back to its author.
     static Task<void> forgetNextTurn(std::shared_ptr<Machine> machine, Flight flight);
     void forgetHandedBack();

@@ -81,13 +81,14 @@ NewTask storedTask(const std::string& json, const std::string& line, const std::
 
 }  // namespace
 
-Result<QueueStore, QueueStore::OpenFailure> QueueStore::open(const std::filesystem::path& file) {
+Result<QueueStore, QueueStore::OpenFailure> QueueStore::open(const std::filesystem::path& file,
+                                                             std::chrono::milliseconds patience) {
     std::error_code ignored;
     std::filesystem::create_directories(file.parent_path(), ignored);
     // Made here, because what users type is nobody else's business and SQLite would use the default permissions.
     if (const int made = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600); made >= 0) ::close(made);
 
-    auto database = Sqlite::open(file);
+    auto database = Sqlite::open(file, patience);
     if (!database) return Failure(openFailure(database.error()));
     const auto version = database->number("PRAGMA user_version");
     if (!version) return Failure(openFailure(version.error()));
@@ -166,6 +167,13 @@ Result<std::optional<TakenLine>, SqliteError> QueueStore::take(const std::string
 SqliteStatus QueueStore::recoverInterrupted() {
     return database_.run("UPDATE lines SET state = ?, lost_answers = lost_answers + 1, not_before = 0 WHERE state = ?",
                          waiting, sending);
+}
+
+Result<bool, SqliteError> QueueStore::takeWaiting(std::int64_t id) {
+    const auto taken = database_.run("UPDATE lines SET state = ?, attempts = attempts + 1 WHERE id = ? AND state = ?",
+                                     sending, id, waiting);
+    if (!taken) return Failure(taken.error());
+    return database_.changedRows() > 0;
 }
 
 Result<bool, SqliteError> QueueStore::retryFailed(std::optional<std::int64_t> id) {

@@ -4,6 +4,7 @@
 
 #include <ParvelaKit/OfflineQueue.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -60,7 +61,7 @@ public:
         std::string reason;
     };
 
-    static Result<QueueStore, OpenFailure> open(const std::filesystem::path& file);
+    static Result<QueueStore, OpenFailure> open(const std::filesystem::path& file, std::chrono::milliseconds patience);
 
     Result<std::int64_t, SqliteError> insert(const NewQueuedLine& line, QueuedLine::State state);
 
@@ -72,6 +73,8 @@ public:
 
     /// Makes lines wait again whose program ended while it sent them.
     SqliteStatus recoverInterrupted();
+    /// Marks a line that still waits as being sent. False when it does not: somebody else took it.
+    Result<bool, SqliteError> takeWaiting(std::int64_t id);
     /// Makes one failed line wait again, or every one. Tells whether there was any.
     Result<bool, SqliteError> retryFailed(std::optional<std::int64_t> id);
     /// Removes a line that is not being sent. Tells whether there was one.

@@ -2,9 +2,6 @@
 
 namespace parvela {
 
-/// How long a statement waits for another program's transaction, in milliseconds. Those are one row long.
-constexpr int busyTimeout = 250;
-
 Result<bool, SqliteError> SqliteStatement::step() {
     const int code = sqlite3_step(statement_.get());
     if (code == SQLITE_ROW) return true;
@@ -30,13 +27,13 @@ void SqliteStatement::bindAt(int index, const std::optional<std::string>& value)
     if (value) bindAt(index, *value);
 }
 
-Result<Sqlite, SqliteError> Sqlite::open(const std::filesystem::path& file) {
+Result<Sqlite, SqliteError> Sqlite::open(const std::filesystem::path& file, std::chrono::milliseconds patience) {
     sqlite3* handle = nullptr;
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
     const int code = sqlite3_open_v2(file.c_str(), &handle, flags, nullptr);
     Sqlite connection(handle);
     if (code != SQLITE_OK) return Failure(SqliteError{code});
-    sqlite3_busy_timeout(handle, busyTimeout);
+    sqlite3_busy_timeout(handle, static_cast<int>(patience.count()));
     // Databases come from disk, where anybody may have written them.
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);

@@ -2,6 +2,7 @@
 
 #include <ParvelaKit/Result.h>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -61,7 +62,7 @@ private:
 /// One connection to a database file.
 class Sqlite {
 public:
-    static Result<Sqlite, SqliteError> open(const std::filesystem::path& file);
+    static Result<Sqlite, SqliteError> open(const std::filesystem::path& file, std::chrono::milliseconds patience);
 
     Result<SqliteStatement, SqliteError> prepare(std::string_view sql);
 
