@@ -34,6 +34,7 @@ constexpr Door doors[] = {
 
 AutomationDoors::AutomationDoors(const dbus::Bus& bus) : shared_(std::make_shared<Shared>()) {
     if (!bus) return;
+    limit_ = dbus::IncomingLimit(bus);
     for (const Door& door : doors) {
         const auto called = [shared = shared_, call = door.call](const std::string& method, GVariant* values,
                                                                  GDBusMethodInvocation* raw) {
@@ -42,8 +43,6 @@ AutomationDoors::AutomationDoors(const dbus::Bus& bus) : shared_(std::make_share
             Invocation invocation(raw, std::move(ticket));
             if (!shared->actions) {
                 invocation.fail("Busy", "Parvela is starting or ending.");
-            } else if (g_variant_get_size(values) > CallGate::largestCall) {
-                invocation.fail("TooLong", "The text is too long.");
             } else if (!isFree) {
                 invocation.fail("Busy", "Too many calls at once.");
             } else {

@@ -4,6 +4,7 @@
 #include "Automation/Invocation.h"
 
 #include <Platform/DBus.h>
+#include <Platform/IncomingLimit.h>
 
 #include <memory>
 #include <string>
@@ -34,6 +35,7 @@ public:
 private:
     struct Shared;
     std::shared_ptr<Shared> shared_;
+    dbus::IncomingLimit limit_;
     std::vector<dbus::ExportedObject> objects_;
 };
 

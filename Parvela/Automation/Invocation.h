@@ -16,8 +16,6 @@ namespace parvela {
 class CallGate {
 public:
     static constexpr std::size_t mostCalls = 16;
-    /// Bytes of all arguments of one call.
-    static constexpr std::size_t largestCall = std::size_t{256} * 1024;
 
     /// A call under way; counts until it is destroyed.
     using Ticket = std::shared_ptr<void>;

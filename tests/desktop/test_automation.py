@@ -2,9 +2,13 @@
 
 import configparser
 import json
+import pathlib
 import re
 
+from gi.repository import GLib
+
 from harness import windows
+from harness.bus import DeafCaller
 from harness.case import DesktopTest
 from harness.overheard import Notifications
 from harness.waiting import stays_true, wait_until
@@ -93,6 +97,48 @@ class Search(AutomationTest):
         self.call("Run", f"task:{card['key']}", "", **RUNNER)
         self.app.wait_for_window()
         self.app.page(f"/t/{card['key']}")
+
+
+class Flood(AutomationTest):
+    def test_calls_that_are_refused_leave_no_memory_behind(self):
+        self.use_bus()
+        self.app.start("--background")
+        self.call("DueToday")
+        self.call("GetInitialResultSet", "['roses']", **SEARCH)
+        before = self.memory()
+        huge = "x" * (10 << 20)
+        root = "/app/parvela/Parvela"
+        calls = (
+            (f"{root}/Automation", "app.parvela.Automation1.AddTask", "(ssss)", huge, "", "", ""),
+            (f"{root}/Automation", "app.parvela.Automation1.AddTask", "(as)", [huge]),
+            (f"{root}/SearchProvider", "org.gnome.Shell.SearchProvider2.GetInitialResultSet", "(as)", [huge]),
+            (f"{root}/Runner", "org.kde.krunner1.Match", "(s)", huge),
+            (root, "org.freedesktop.Application.Open", "(asa{sv})", [huge], {}),
+            (root, "org.freedesktop.Application.Activate", "(a{sv})", {"activation-token": GLib.Variant("s", huge)}),
+            (root, "org.gtk.Actions.Activate", "(sava{sv})", huge, [], {}),
+            ("/nowhere", "no.Such.Thing", "(s)", huge),
+        )
+        for path, method, signature, *values in calls:
+            with self.subTest(method=method, signature=signature):
+                for _ in range(3):
+                    with self.assertRaisesRegex(GLib.Error, "app.parvela.Error.TooLong: The text is too long."):
+                        self.bus.call("app.parvela.Parvela", path, method, signature, *values)
+
+        # Each of these takes the main loop a while.
+        callers = [DeafCaller(self.session) for _ in range(4)]
+        for caller in callers:
+            self.addCleanup(caller.close)
+            link = "parvela://" + "x" * 200_000
+            caller.call("app.parvela.Parvela", root, "org.freedesktop.Application.Open", "(asa{sv})", [link], {}, times=200)
+            caller.call("app.parvela.Parvela", f"{root}/Automation", "app.parvela.Automation1.DueToday", times=5000)
+        wait_until(lambda: self.app.call("DueToday").returncode == 0, "an answer after the flood")
+        # What stays is the buffer in which GDBus receives: as large as the largest message.
+        wait_until(lambda: self.memory() < before + (24 << 20), "the memory to be given back")
+
+    def memory(self):
+        """Bytes that belong to the program alone."""
+        status = pathlib.Path(f"/proc/{self.app.process.pid}/status").read_text(encoding="utf-8")
+        return int(re.search(r"RssAnon:\s+(\d+) kB", status)[1]) << 10
 
 
 class StartUp(AutomationTest):
