@@ -291,6 +291,7 @@ void AppDelegate::addAction(const char* name, std::function<void()> handler) {
 void AppDelegate::addActions() {
     addAction("reload-settings", [this] { readSettings().detach(); });
     addAction("send-waiting-lines", [this] { waitingLines_->tryNow(); });
+    addAction("tasks-changed", [this] { model_->tasksChanged(); });
     addAction("about", [this] { showAbout(); });
     addAction("showSettings", [this] { showSettings(); });
     addAction("showQuickAdd", [this] { showQuickAdd(); });

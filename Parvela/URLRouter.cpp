@@ -137,6 +137,7 @@ Task<void> URLRouter::addShared(std::shared_ptr<URLRouter> self, SharedContent c
     const auto added = co_await adding;
     if (added && added->task) {
         const TaskSummary& task = *added->task;
+        self->model_->tasksChanged();
         self->surfaces_.notify(UserNotification{.title = fmt::format("Added {} — {}", task.key, task.title),
                                                 .identifier = "added-" + task.id,
                                                 .target = DeepLinkTarget{DeepLinkTarget::Link{self->pageOf(task)}}});

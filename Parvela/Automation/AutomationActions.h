@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace parvela {
 
@@ -35,6 +36,12 @@ struct AutomationActions {
     ParvelaSession session;
     std::shared_ptr<KnownTasks> known;
     AutomationSurfaces surfaces;
+
+    /// These tasks were added or completed by one of the actions.
+    void changed(const std::vector<TaskSummary>& tasks) const {
+        known->put(tasks);
+        surfaces.tasksChanged();
+    }
 
     /// Adds the task; an application that has never read its boards does so first.
     static ParvelaIntents::Outcome add(std::shared_ptr<const AutomationActions> self, AddTaskIntent intent) {

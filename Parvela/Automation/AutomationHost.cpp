@@ -33,10 +33,8 @@ void AutomationHost::open(AutomationNeeds needs) {
     serverChanged_ = model->serverRevision.observe([this](auto) { known_->forget(); });
     AutomationSurfaces surfaces = needs_.surfaces;
     surfaces.readBoards = [model] { return model->refreshBoards(); };
-    surfaces.tasksChanged = [model, known = known_] {
-        known->grewOld();
-        model->refreshDue().detach();
-    };
+    tasksChanged_ = needs_.notifications->tasksChanged.observe([this] { known_->changed(); });
+    surfaces.tasksChanged = [model] { model->refreshDue().detach(); };
     surfaces.wasUsed = [this] { endWhenUnused(); };
     const auto actions = std::make_shared<AutomationActions>(
         AutomationActions{.intents = ParvelaIntents(model->session, *needs_.queue, surfaces.openURL),

@@ -51,6 +51,7 @@ private:
     std::unique_ptr<LauncherActions> launcherActions_;
     Subscription linkChanged_;
     Subscription serverChanged_;
+    Subscription tasksChanged_;
     MainLoopTimer unused_;
 };
 

@@ -63,7 +63,7 @@ Task<void> answer(Actions actions, ParvelaIntents::Outcome outcome, Change chang
         invocation.fail(result.error());
         co_return;
     }
-    if (change == Change::tasks) actions->surfaces.tasksChanged();
+    if (change == Change::tasks) actions->changed(result->tasks);
     GVariant* const tasks = tasksVariant(result->tasks, actions->session.server());
     if (note == Note::last) {
         invocation.answer(

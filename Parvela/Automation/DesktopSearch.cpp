@@ -84,8 +84,7 @@ Task<void> add(Actions actions, std::string line) {
         const TaskSummary& task = result->tasks.front();
         actions->surfaces.notify(fmt::format("Added {} — {}", task.key, task.title), result->note.value_or(""),
                                  pageOf(*actions, task));
-        actions->known->grewOld();
-        actions->surfaces.tasksChanged();
+        actions->changed(result->tasks);
     }
 }
 

@@ -23,9 +23,26 @@ void KnownTasks::forget() {
     index_.clear();
     isKnown_ = false;
     isReading_ = false;
+    hasChanged_ = false;
+    putMeanwhile_.clear();
     readAt_.reset();
     failedAt_.reset();
     finish();
+}
+
+void KnownTasks::put(const std::vector<TaskSummary>& tasks) {
+    readAt_.reset();
+    ++changes_;
+    if (isKnown_) {
+        for (const TaskSummary& task : tasks) index_.put(task);
+    }
+    if (isReading_) putMeanwhile_.insert(putMeanwhile_.end(), tasks.begin(), tasks.end());
+}
+
+void KnownTasks::changed() {
+    readAt_.reset();
+    ++changes_;
+    hasChanged_ = true;
 }
 
 void KnownTasks::finish() {
@@ -35,9 +52,9 @@ void KnownTasks::finish() {
 
 Task<void> KnownTasks::ready(std::shared_ptr<KnownTasks> self) {
     if (self->isStale() && !self->isReading_) read(self).detach();
-    if (self->isKnown_ || !self->isReading_) co_return;
+    if (!self->isReading_ || (self->isKnown_ && !self->hasChanged_)) co_return;
     if (self->waiting_.empty()) {
-        self->patience_ = MainLoopTimer(patience, [weak = self->weak_from_this()] {
+        self->patience_ = MainLoopTimer(self->isKnown_ ? changePatience : patience, [weak = self->weak_from_this()] {
             if (const auto known = weak.lock()) known->finish();
         });
     }
@@ -48,6 +65,7 @@ Task<void> KnownTasks::ready(std::shared_ptr<KnownTasks> self) {
 
 Task<void> KnownTasks::read(std::shared_ptr<KnownTasks> self) {
     const auto epoch = self->epoch_;
+    const auto changes = self->changes_;
     self->isReading_ = true;
     auto connecting = self->session_.client();
     const auto api = co_await connecting;
@@ -81,11 +99,16 @@ Task<void> KnownTasks::read(std::shared_ptr<KnownTasks> self) {
     self->isReading_ = false;
     if (isRead) {
         self->index_.replace(tasks, std::move(boards));
+        for (const TaskSummary& task : self->putMeanwhile_) self->index_.put(task);
         self->isKnown_ = true;
-        self->readAt_ = self->session_.clock().now();
+        if (changes == self->changes_) {
+            self->readAt_ = self->session_.clock().now();
+            self->hasChanged_ = false;
+        }
     } else {
         self->failedAt_ = self->session_.clock().now();
     }
+    self->putMeanwhile_.clear();
     self->finish();
 }
 

@@ -21,6 +21,8 @@ public:
     /// How long a first search waits for the service.
     static constexpr std::chrono::milliseconds patience{1500};
     static constexpr std::chrono::seconds freshness{60};
+    /// How long a search waits that follows a change.
+    static constexpr std::chrono::milliseconds changePatience{400};
     /// Pause after a failed reading.
     static constexpr std::chrono::seconds failurePause{10};
     /// A list this long may be cut off by the service; then each board is read by itself.
@@ -36,9 +38,12 @@ public:
 
     /// Finishes at once when something is known, else when it is, when it cannot be, or when patience ends.
     static Task<void> ready(std::shared_ptr<KnownTasks> self);
-    /// The link has changed, or tasks have: read anew at the next search.
+    /// The link has changed: what is known is forgotten.
     void forget();
-    void grewOld() { readAt_.reset(); }
+    /// What this program has added or completed is known at once.
+    void put(const std::vector<TaskSummary>& tasks);
+    /// Tasks have changed that are not at hand: the next search waits a moment for the service.
+    void changed();
 
 private:
     static Task<void> read(std::shared_ptr<KnownTasks> self);
@@ -49,8 +54,11 @@ private:
     TaskIndex index_;
     bool isKnown_ = false;
     bool isReading_ = false;
+    bool hasChanged_ = false;
+    std::vector<TaskSummary> putMeanwhile_;  ///< while a list was read that may be older
     std::optional<Instant> readAt_, failedAt_;
     std::uint64_t epoch_ = 0;
+    std::uint64_t changes_ = 0;  ///< a list that was asked for before the last one is old already
     std::vector<Deferred<bool>> waiting_;
     MainLoopTimer patience_;
 };

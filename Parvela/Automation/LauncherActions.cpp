@@ -34,7 +34,7 @@ Task<void> completeTask(Actions actions, std::string key) {
         co_return;
     }
     actions->surfaces.notify(result->dialog, "", std::nullopt);
-    actions->surfaces.tasksChanged();
+    actions->changed(result->tasks);
 }
 
 }  // namespace

@@ -78,6 +78,17 @@ void RunningProgram::tellLinesWait() {
     (void)activate("send-waiting-lines");
 }
 
+void RunningProgram::tellTasksChanged() {
+    const auto bus = Ref<GDBusConnection>::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    if (!bus) return;
+    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    // Nobody waits for an answer.
+    g_dbus_connection_call(bus.get(), PARVELA_APP_ID, objectPath().c_str(), "org.freedesktop.Application",
+                           "ActivateAction", g_variant_new("(sav@a{sv})", "tasks-changed", nullptr, platformData()),
+                           nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, callTimeout, nullptr, nullptr, nullptr);
+    g_dbus_connection_flush_sync(bus.get(), nullptr, nullptr);
+}
+
 std::optional<std::string> RunningProgram::act(const std::string& action) {
     GVariant* const arguments = g_variant_new("(sav@a{sv})", action.c_str(), nullptr, platformData());
     if (call("ActivateAction", arguments, G_DBUS_CALL_FLAGS_NONE)) return std::nullopt;

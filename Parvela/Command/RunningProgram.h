@@ -16,6 +16,8 @@ struct RunningProgram {
     static void tellSettingsChanged();
     /// Tells it that a line was kept for it to send (its action "send-waiting-lines").
     static void tellLinesWait();
+    /// Tells it that a task was added or completed (its action "tasks-changed").
+    static void tellTasksChanged();
     /// Activates one of the entries of launchers, in a program that the bus starts when none runs. The reason in one
     /// sentence when that fails.
     static std::optional<std::string> act(const std::string& action);

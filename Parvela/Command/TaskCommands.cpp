@@ -77,7 +77,11 @@ ExitStatus addTask(AddTaskWords words, OutputForm form, const CommandSession& se
     }
     const auto result = runUntilDone(actions->perform(std::move(*intent)));
     if (!result) return console.fail(result.error());
-    if (result->tasks.empty()) RunningProgram::tellLinesWait();
+    if (result->tasks.empty()) {
+        RunningProgram::tellLinesWait();
+    } else {
+        RunningProgram::tellTasksChanged();
+    }
     if (form == OutputForm::text) {
         report(*result, console);
         return ExitStatus::success;
@@ -156,6 +160,7 @@ ExitStatus completeTask(const std::string& key, OutputForm form, const CommandSe
     const Actions actions(session, console);
     const auto result = runUntilDone(actions->perform(CompleteTaskIntent{key}));
     if (!result) return console.fail(result.error());
+    RunningProgram::tellTasksChanged();
     if (form == OutputForm::json) {
         console.json({{"task", taskJson(*result)}});
     } else {

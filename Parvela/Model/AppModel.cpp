@@ -170,6 +170,11 @@ Task<void> AppModel::refreshBoards() {
     isLoadingBoards.set(false);
 }
 
+void AppModel::tasksChanged() {
+    environment_.notifications->tasksChanged.post();
+    refreshDue().detach();
+}
+
 Task<void> AppModel::refreshDue() {
     const auto self = shared_from_this();
     const auto epoch = epoch_;

@@ -92,6 +92,8 @@ public:
     Task<void> refreshAll();
     Task<void> refreshBoards();
     Task<void> refreshDue();
+    /// Tasks were added or changed: announces it, and reads the due list again.
+    void tasksChanged();
 
     /// Completes or reopens a task of the due list: shown at once, taken back when the service refuses.
     Task<void> setDone(std::string taskID, bool done);

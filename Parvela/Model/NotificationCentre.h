@@ -60,6 +60,8 @@ struct NotificationCentre {
     Announcement<> stopTimer;
     /// The device was linked or unlinked.
     Announcement<> linkChanged;
+    /// Tasks were added or changed by something else than a page.
+    Announcement<> tasksChanged;
 };
 
 }  // namespace parvela

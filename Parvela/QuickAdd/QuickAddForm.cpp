@@ -148,7 +148,7 @@ Task<void> QuickAddForm::send(std::weak_ptr<QuickAddForm> form, std::shared_ptr<
         auto answer = co_await submitting;
         receipt = std::move(answer);
     }
-    if (receipt && receipt->task) model->refreshDue().detach();
+    if (receipt && receipt->task) model->tasksChanged();
     if (const auto self = form.lock()) self->ended(std::move(receipt), then);
 }
 

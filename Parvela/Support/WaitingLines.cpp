@@ -54,7 +54,7 @@ void WaitingLines::statusChanged(const OfflineQueueStatus& status) {
     if (before.waiting + before.sending > 0 && status.waiting + status.sending == 0 && status.failed <= before.failed) {
         // What was added at once is shown where it was typed. A list that is damaged or gone has added nothing.
         if (std::exchange(haveWaited_, false) && !status.notice) report_("The lines that waited were added.");
-        model_->refreshDue().detach();
+        model_->tasksChanged();
     }
 }
 

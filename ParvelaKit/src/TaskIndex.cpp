@@ -67,20 +67,32 @@ void TaskIndex::replace(const std::vector<TaskSummary>& tasks, std::vector<Board
     tasks_.reserve(std::min(tasks.size(), mostTasks));
     for (const TaskSummary& task : tasks) {
         if (tasks_.size() == mostTasks) break;
-        const std::string_view title = std::string_view(task.title).substr(0, longestTitle);
-        const char* end = nullptr;
-        (void)g_utf8_validate(title.data(), static_cast<gssize>(title.size()), &end);
-        Task known{
-            .entry = {task.key, std::string(title.data(), end), task.board, task.dueDate, task.dueTime, task.done},
-            .key = folded(task.key),
-            .title = folded(std::string_view(title.data(), end)),
-            .text = {}};
-        known.text = known.key + "\n" + known.title + "\n" + folded(task.board);
-        tasks_.push_back(std::move(known));
+        tasks_.push_back(known(task));
     }
     for (BoardEntity& board : boards) {
         std::string text = folded(board.name);
         boards_.push_back({std::move(board), std::move(text)});
+    }
+}
+
+TaskIndex::Task TaskIndex::known(const TaskSummary& task) {
+    const std::string_view title = std::string_view(task.title).substr(0, longestTitle);
+    const char* end = nullptr;
+    (void)g_utf8_validate(title.data(), static_cast<gssize>(title.size()), &end);
+    Task known{.entry = {task.key, std::string(title.data(), end), task.board, task.dueDate, task.dueTime, task.done},
+               .key = folded(task.key),
+               .title = folded(std::string_view(title.data(), end)),
+               .text = {}};
+    known.text = known.key + "\n" + known.title + "\n" + folded(task.board);
+    return known;
+}
+
+void TaskIndex::put(const TaskSummary& task) {
+    const auto found = std::ranges::find(tasks_, task.key, [](const Task& one) { return one.entry.key; });
+    if (found != tasks_.end()) {
+        *found = known(task);
+    } else if (tasks_.size() < mostTasks) {
+        tasks_.push_back(known(task));
     }
 }
 

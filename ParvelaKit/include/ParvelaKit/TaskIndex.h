@@ -37,6 +37,8 @@ public:
     };
 
     void replace(const std::vector<TaskSummary>& tasks, std::vector<BoardEntity> boards);
+    /// Adds one task, or changes the one with its key.
+    void put(const TaskSummary& task);
     void clear();
     std::size_t size() const noexcept { return tasks_.size(); }
 
@@ -55,6 +57,8 @@ private:
         BoardEntity entity;
         std::string text;
     };
+
+    static Task known(const TaskSummary& task);
 
     std::vector<Task> tasks_;
     std::vector<NamedBoard> boards_;

@@ -55,7 +55,7 @@ protected:
         doors_.open(std::make_shared<AutomationActions>(
             AutomationActions{.intents = ParvelaIntents(session_, queue_, surfaces.openURL),
                               .session = session_,
-                              .known = std::make_shared<KnownTasks>(session_),
+                              .known = known_,
                               .surfaces = surfaces}));
     }
 
@@ -126,6 +126,7 @@ protected:
     ParvelaSession session_{Preferences(store_), TokenStore(secrets_), network_.transport(), clock_};
     std::vector<std::string> said_;
     std::optional<std::string> firstBoard_;
+    std::shared_ptr<KnownTasks> known_ = std::make_shared<KnownTasks>(session_);
     int changes_ = 0;
     dbus::Bus exporter_ = dbus::Bus::adopt(g_dbus_connection_new_for_address_sync(
         getenv("DBUS_SESSION_BUS_ADDRESS"),
@@ -249,6 +250,36 @@ TEST_F(Automation, searchFindsWhatIsKnownAndOffersThePhrase) {
     clock_->advance(std::chrono::minutes(2));
     answerLists({{.key = "TSK-43", .title = "Call Sam again"}});
     EXPECT_EQ(find("sam"), "(['task:TSK-43'],)");
+}
+
+TEST_F(Automation, searchFindsWhatHasJustChanged) {
+    answerLists({{.key = "TSK-1", .title = "Call Sam"}});
+    EXPECT_EQ(find("call"), "(['task:TSK-1'],)");
+    // What came through a door is known at once, also when an older list arrives after it.
+    clock_->advance(std::chrono::minutes(2));
+    const auto older = network_.hold("GET /api/v1/tasks");
+    const auto newer = network_.hold("GET /api/v1/tasks");
+    for (int i = 0; i < 2; ++i) network_.answer("GET /api/v1/boards", 200, json::encode(boards_));
+    EXPECT_EQ(find("kim"), "([],)");
+    network_.answer("POST /api/v1/tasks", 201, json::encode(TaskSummary{.key = "TSK-2", .title = "Call Kim"}));
+    EXPECT_THAT(add("Call Kim"), HasSubstr("TSK-2"));
+    EXPECT_EQ(find("kim"), "(['task:TSK-2'],)");
+    older.resolve(test::FakeTransport::ok(R"({"tasks":[]})"));
+    EXPECT_EQ(find("kim"), "(['task:TSK-2'],)");
+    newer.resolve(test::FakeTransport::ok(R"({"tasks":[]})"));
+    EXPECT_EQ(find("kim"), "([],)");
+    // What came another way is waited for.
+    known_->changed();
+    const auto changed = network_.hold("GET /api/v1/tasks");
+    network_.answer("GET /api/v1/boards", 200, json::encode(boards_));
+    const char* const terms[] = {"robin", nullptr};
+    const auto search = start("SearchProvider", provider, "GetInitialResultSet", g_variant_new("(^as)", terms));
+    ASSERT_TRUE(testing::waitFor([&] { return network_.requests().size() == 9; }));
+    EXPECT_FALSE(search->ended);
+    changed.resolve(
+        test::FakeTransport::ok(json::encode(TasksResponse{.tasks = {{.key = "TSK-3", .title = "Call Robin"}}})));
+    ASSERT_TRUE(testing::waitFor([&] { return search->ended; }));
+    EXPECT_EQ(search->text, "(['task:TSK-3'],)");
 }
 
 TEST_F(Automation, searchCarriesOutWhatIsChosen) {

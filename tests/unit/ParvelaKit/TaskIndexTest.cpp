@@ -38,12 +38,16 @@ TEST(TaskIndex, findsTheBestMatchesFirst) {
         {"\xFF", {}},
     };
     for (const auto& [search, expected] : cases) EXPECT_EQ(keys(index, search), expected) << search;
+
     EXPECT_EQ(keys(index, "call", 1), std::vector<std::string>{"TSK-4"});
     ASSERT_EQ(index.boards("zoë", 5).size(), 1U);
     EXPECT_EQ(index.boards("zoë", 5).front()->id, "b2");
     EXPECT_EQ(index.task("TSK-2")->title, "Call the writer");
     EXPECT_EQ(index.task("TSK-9"), nullptr);
     EXPECT_EQ(index.board("b1")->name, "Work");
+    index.put({.key = "TSK-4", .title = "Call a writer", .board = "Work", .done = true});
+    index.put({.key = "TSK-6", .title = "Call the office", .board = "Work", .dueDate = "2026-06-10"});
+    EXPECT_EQ(keys(index, "call"), (std::vector<std::string>{"TSK-6", "TSK-2", "TSK-5", "TSK-4"}));
     index.clear();
     EXPECT_EQ(index.board("b1"), nullptr);
     EXPECT_EQ(keys(index, "write"), std::vector<std::string>{});
