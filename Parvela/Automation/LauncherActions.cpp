@@ -63,6 +63,11 @@ void LauncherActions::define(GApplication* application, const char* name, std::f
 void LauncherActions::askForKey(const IntentDescription& intent, std::function<void(std::string)> then) {
     const IntentParameter& parameter = intent.parameters.front();
     const std::string title(intent.title);
+    Question& question = questions_[title];
+    if (question.dialog) {
+        gtk_window_present(GTK_WINDOW(question.dialog));
+        return;
+    }
     GtkWidget* const shown = adw_message_dialog_new(parent_(), title.c_str(), std::string(parameter.prompt).c_str());
     AdwMessageDialog* const dialog = ADW_MESSAGE_DIALOG(shown);
     GtkWidget* const entry = gtk_entry_new();
@@ -75,10 +80,14 @@ void LauncherActions::askForKey(const IntentDescription& intent, std::function<v
     adw_message_dialog_set_default_response(dialog, "perform");
     adw_message_dialog_set_close_response(dialog, "cancel");
     adw_message_dialog_set_response_enabled(dialog, "perform", FALSE);
-    connections_.push_back(connect<void(GtkEditable*)>(entry, "changed", [dialog](GtkEditable* text) {
+    question.dialog = shown;
+    question.connections.clear();
+    question.connections.push_back(
+        connect<void(GtkWidget*)>(shown, "destroy", [&question](GtkWidget*) { question.dialog = nullptr; }));
+    question.connections.push_back(connect<void(GtkEditable*)>(entry, "changed", [dialog](GtkEditable* text) {
         adw_message_dialog_set_response_enabled(dialog, "perform", !trimmed(gtk_editable_get_text(text)).empty());
     }));
-    connections_.push_back(connect<void(AdwMessageDialog*, const char*)>(
+    question.connections.push_back(connect<void(AdwMessageDialog*, const char*)>(
         dialog, "response", [entry, then = std::move(then)](AdwMessageDialog*, const char* response) {
             if (std::string_view(response) != "perform") return;
             then(std::string(trimmed(gtk_editable_get_text(GTK_EDITABLE(entry)))));

@@ -5,6 +5,7 @@
 #include <ParvelaKit/GLibPtr.h>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,6 +29,13 @@ private:
     std::shared_ptr<AutomationActions> actions_;
     std::function<GtkWindow*()> parent_;
     std::vector<Connection> connections_;
+
+    /// A dialog that asks for a key, as long as it is there.
+    struct Question {
+        GtkWidget* dialog = nullptr;
+        std::vector<Connection> connections;
+    };
+    std::map<std::string, Question> questions_;  ///< by the title of the intent
 };
 
 }  // namespace parvela
