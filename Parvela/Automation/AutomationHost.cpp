@@ -54,7 +54,9 @@ bool AutomationHost::isService(GApplication* application) {
 void AutomationHost::endWhenUnused() {
     if (!isService(needs_.application)) return;
     unused_ = MainLoopTimer(unusedPatience, [this] {
-        if (doors_.isIdle() && !showsAnything() && !needs_.isReachable()) {
+        const OfflineQueueStatus& lines = needs_.queue->status().get();
+        const bool hasLines = lines.waiting + lines.sending > 0;
+        if (doors_.isIdle() && !hasLines && !showsAnything() && !needs_.isReachable()) {
             g_application_quit(needs_.application);
         } else {
             endWhenUnused();
