@@ -1,6 +1,5 @@
 #include "AppDelegate.h"
 
-#include "QuickAdd/ShownTitle.h"
 #include "Support/EarlyApplication.h"
 #include "Support/InstalledFiles.h"
 #include "Support/ProxyExceptions.h"
@@ -9,6 +8,7 @@
 #include "Windows/MainWindowController.h"
 
 #include <ParvelaKit/BuildInfo.h>
+#include <ParvelaKit/ShownTitle.h>
 #include <Platform/DeviceName.h>
 #include <Platform/LibsecretStore.h>
 #include <Platform/SoupTransport.h>

@@ -4,6 +4,7 @@
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/QuickAddParser.h>
 #include <ParvelaKit/QuickAddRecords.h>
+#include <ParvelaKit/ShownTitle.h>
 #include <ParvelaKit/Text.h>
 
 #include <algorithm>
@@ -21,6 +22,8 @@ using Actions = std::shared_ptr<AutomationActions>;
 constexpr std::string_view taskPrefix = "task:";
 constexpr std::string_view boardPrefix = "board:";
 constexpr std::string_view addPrefix = "add:";
+/// Of those that find() gives.
+constexpr std::size_t longestId = addPrefix.size() + TaskIndex::longestSearch;
 /// The longest first.
 constexpr std::array<std::string_view, 5> wishes = {"add a task ", "add task ", "new task ", "quick add ", "add "};
 
@@ -72,23 +75,23 @@ Url pageOf(const AutomationActions& actions, const TaskSummary& task) {
     return page && server.isInApp(*page) ? *page : server.appPage("/t/" + task.key);
 }
 
-Task<void> add(Actions actions, std::string line) {
+Task<void> add(Actions actions, std::string line, CallGate::Ticket /*ticket*/) {
     AddTaskIntent intent{.title = line};
     auto adding = AutomationActions::add(actions, std::move(intent));
     const auto result = co_await adding;
     if (!result) {
-        actions->surfaces.showAlert(fmt::format("Couldn't add “{}”", line), result.error().message);
+        actions->surfaces.showAlert(fmt::format("Couldn't add “{}”", shownTitle(line)), result.error().message);
     } else if (result->tasks.empty()) {
         actions->surfaces.notify(result->dialog, line, std::nullopt);
     } else {
         const TaskSummary& task = result->tasks.front();
-        actions->surfaces.notify(fmt::format("Added {} — {}", task.key, task.title), result->note.value_or(""),
-                                 pageOf(*actions, task));
+        actions->surfaces.notify(fmt::format("Added {} — {}", task.key, shownTitle(task.title)),
+                                 result->note.value_or(""), pageOf(*actions, task));
         actions->changed(result->tasks);
     }
 }
 
-Task<void> openTask(Actions actions, std::string key) {
+Task<void> openTask(Actions actions, std::string key, CallGate::Ticket /*ticket*/) {
     auto opening = actions->intents.perform(OpenTaskIntent{key});
     const auto result = co_await opening;
     if (!result) actions->surfaces.showAlert("Couldn't open " + key, result.error().message);
@@ -134,20 +137,21 @@ std::optional<Finding> DesktopSearch::describe(const AutomationActions& actions,
         const auto* board = actions.known->index().board(std::string_view(id).substr(boardPrefix.size()));
         return board ? std::optional(boardFinding(*board)) : std::nullopt;
     }
-    if (id.starts_with(addPrefix) && id.size() <= addPrefix.size() + TaskIndex::longestSearch) {
+    if (id.starts_with(addPrefix) && id.size() <= longestId) {
         return addFinding(actions, id.substr(addPrefix.size()));
     }
     return std::nullopt;
 }
 
-void DesktopSearch::activate(const Actions& actions, const std::string& id) {
+void DesktopSearch::activate(const Actions& actions, const std::string& id, CallGate::Ticket ticket) {
+    if (id.size() > longestId) return;
     if (id.starts_with(taskPrefix)) {
-        openTask(actions, id.substr(taskPrefix.size())).detach();
+        openTask(actions, id.substr(taskPrefix.size()), std::move(ticket)).detach();
     } else if (id.starts_with(boardPrefix)) {
         const auto* board = actions->known->index().board(std::string_view(id).substr(boardPrefix.size()));
         if (board) actions->surfaces.openURL(BoardView::page(board->id, 0, actions->session.server()));
     } else if (id.starts_with(addPrefix)) {
-        add(actions, id.substr(addPrefix.size())).detach();
+        add(actions, id.substr(addPrefix.size()), std::move(ticket)).detach();
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Automation/AutomationActions.h"
+#include "Automation/Invocation.h"
 
 #include <memory>
 #include <optional>
@@ -36,8 +37,10 @@ public:
     static std::vector<Finding> find(const AutomationActions& actions, std::string_view phrase);
     /// The finding of an id that find() gave; none when it is no longer known.
     static std::optional<Finding> describe(const AutomationActions& actions, const std::string& id);
-    /// Opens it, or adds it. Ids come from other programs; what makes no sense is ignored.
-    static void activate(const std::shared_ptr<AutomationActions>& actions, const std::string& id);
+    /// Opens it, or adds it, and holds the ticket until that is done. Ids come from other programs; what makes no sense
+    /// is ignored.
+    static void activate(const std::shared_ptr<AutomationActions>& actions, const std::string& id,
+                         CallGate::Ticket ticket);
     /// Shows the web app's own search.
     static void open(const AutomationActions& actions, std::string_view phrase);
 };

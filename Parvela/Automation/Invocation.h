@@ -41,6 +41,9 @@ public:
     Invocation& operator=(Invocation&&) = delete;
     ~Invocation();
 
+    /// For what goes on after the answer, and is a call under way until then.
+    CallGate::Ticket ticket() const { return ticket_; }
+
     /// A floating tuple, which is consumed; null for one without values.
     void answer(GVariant* values);
     /// `name` is what follows "app.parvela.Error.".

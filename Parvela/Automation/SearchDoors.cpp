@@ -3,7 +3,10 @@
 #include "Automation/DesktopSearch.h"
 
 #include <ParvelaKit/GLibPtr.h>
+#include <ParvelaKit/ShownTitle.h>
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace parvela {
@@ -32,6 +35,12 @@ std::string text(GVariant* values, gsize index) {
     return value;
 }
 
+/// Desktops show what they are given as it is.
+std::string shown(std::string_view text) {
+    constexpr std::size_t longest = 300;
+    return shortened(text, longest);
+}
+
 std::string phraseOf(const std::vector<std::string>& terms) {
     std::string phrase;
     for (const std::string& term : terms) phrase += (phrase.empty() ? "" : " ") + term;
@@ -58,8 +67,8 @@ GVariant* metas(const AutomationActions& actions, const std::vector<std::string>
         GVariantBuilder entry;
         g_variant_builder_init(&entry, G_VARIANT_TYPE_VARDICT);
         g_variant_builder_add(&entry, "{sv}", "id", g_variant_new_string(finding->id.c_str()));
-        g_variant_builder_add(&entry, "{sv}", "name", g_variant_new_string(finding->title.c_str()));
-        g_variant_builder_add(&entry, "{sv}", "description", g_variant_new_string(finding->detail.c_str()));
+        g_variant_builder_add(&entry, "{sv}", "name", g_variant_new_string(shown(finding->title).c_str()));
+        g_variant_builder_add(&entry, "{sv}", "description", g_variant_new_string(shown(finding->detail).c_str()));
         g_variant_builder_add(&entry, "{sv}", "gicon", g_variant_new_string(PARVELA_APP_ID));
         g_variant_builder_add_value(&list, g_variant_builder_end(&entry));
     }
@@ -79,15 +88,21 @@ Task<void> answerMatches(Actions actions, std::string phrase, Invocation invocat
     for (const Finding& finding : DesktopSearch::find(*actions, phrase)) {
         GVariantBuilder properties;
         g_variant_builder_init(&properties, G_VARIANT_TYPE_VARDICT);
-        g_variant_builder_add(&properties, "{sv}", "subtext", g_variant_new_string(finding.detail.c_str()));
+        g_variant_builder_add(&properties, "{sv}", "subtext", g_variant_new_string(shown(finding.detail).c_str()));
         g_variant_builder_add(&properties, "{sv}", "category", g_variant_new_string("Parvela"));
-        g_variant_builder_add(&matches, "(sssida{sv})", finding.id.c_str(), finding.title.c_str(), PARVELA_APP_ID,
-                              finding.isExact ? exactMatch : possibleMatch, finding.isExact ? 1.0 : relevance,
-                              &properties);
+        g_variant_builder_add(&matches, "(sssida{sv})", finding.id.c_str(), shown(finding.title).c_str(),
+                              PARVELA_APP_ID, finding.isExact ? exactMatch : possibleMatch,
+                              finding.isExact ? 1.0 : relevance, &properties);
         // KRunner sorts by this; the order of find() stays.
         relevance -= 0.02;
     }
     invocation.answer(g_variant_new("(a(sssida{sv}))", &matches));
+}
+
+/// Desktops do not wait for what they start.
+void activate(const Actions& actions, GVariant* values, Invocation invocation) {
+    DesktopSearch::activate(actions, text(values, 0), invocation.ticket());
+    invocation.answer(nullptr);
 }
 
 }  // namespace
@@ -101,8 +116,7 @@ void ShellSearchProvider::call(const Actions& actions, const std::string& method
     } else if (method == "GetResultMetas") {
         invocation.answer(metas(*actions, texts(values, 0)));
     } else if (method == "ActivateResult") {
-        DesktopSearch::activate(actions, text(values, 0));
-        invocation.answer(nullptr);
+        activate(actions, values, std::move(invocation));
     } else {
         DesktopSearch::open(*actions, phraseOf(texts(values, 0)));
         invocation.answer(nullptr);
@@ -113,8 +127,7 @@ void PlasmaRunner::call(const Actions& actions, const std::string& method, GVari
     if (method == "Match") {
         answerMatches(actions, text(values, 0), std::move(invocation)).detach();
     } else if (method == "Run") {
-        DesktopSearch::activate(actions, text(values, 0));
-        invocation.answer(nullptr);
+        activate(actions, values, std::move(invocation));
     } else if (method == "Actions") {
         invocation.answer(g_variant_new("(a(sss))", nullptr));
     } else {

@@ -1,6 +1,6 @@
 #include "QuickAdd/BoardPicker.h"
 
-#include "QuickAdd/ShownTitle.h"
+#include <ParvelaKit/ShownTitle.h>
 
 #include <algorithm>
 

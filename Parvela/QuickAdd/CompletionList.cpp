@@ -1,6 +1,6 @@
 #include "QuickAdd/CompletionList.h"
 
-#include "QuickAdd/ShownTitle.h"
+#include <ParvelaKit/ShownTitle.h>
 
 namespace parvela {
 

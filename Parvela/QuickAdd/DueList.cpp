@@ -1,6 +1,6 @@
 #include "QuickAdd/DueList.h"
 
-#include "QuickAdd/ShownTitle.h"
+#include <ParvelaKit/ShownTitle.h>
 
 #include <string_view>
 

@@ -1,6 +1,6 @@
 #include "QuickAdd/DueRow.h"
 
-#include "QuickAdd/ShownTitle.h"
+#include <ParvelaKit/ShownTitle.h>
 
 #include <string>
 

@@ -1,7 +1,8 @@
 #include "QuickAdd/QueueSection.h"
 
 #include "QuickAdd/QueueText.h"
-#include "QuickAdd/ShownTitle.h"
+
+#include <ParvelaKit/ShownTitle.h>
 
 #include <chrono>
 #include <utility>

@@ -1,7 +1,8 @@
 #include "QuickAdd/QuickAddForm.h"
 
 #include "QuickAdd/QuickAddDrafts.h"
-#include "QuickAdd/ShownTitle.h"
+
+#include <ParvelaKit/ShownTitle.h>
 
 #include <chrono>
 #include <string_view>

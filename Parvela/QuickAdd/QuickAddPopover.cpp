@@ -1,6 +1,6 @@
 #include "QuickAdd/QuickAddPopover.h"
 
-#include "QuickAdd/ShownTitle.h"
+#include <ParvelaKit/ShownTitle.h>
 
 #include <utility>
 

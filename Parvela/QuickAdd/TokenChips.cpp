@@ -1,9 +1,9 @@
 #include "QuickAdd/TokenChips.h"
 
-#include "QuickAdd/ShownTitle.h"
 #include "QuickAdd/TokenLook.h"
 #include "Support/WrapLayout.h"
 
+#include <ParvelaKit/ShownTitle.h>
 #include <ParvelaKit/Text.h>
 
 #include <algorithm>

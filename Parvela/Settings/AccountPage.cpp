@@ -1,8 +1,8 @@
 #include "Settings/AccountPage.h"
 
-#include "QuickAdd/ShownTitle.h"
 #include "Settings/MessageLabel.h"
 
+#include <ParvelaKit/ShownTitle.h>
 #include <ParvelaKit/Text.h>
 #include <ParvelaKit/TokenFormat.h>
 

@@ -105,6 +105,7 @@ class Flood(AutomationTest):
     def test_calls_that_are_refused_leave_no_memory_behind(self):
         self.use_bus()
         self.app.start("--background")
+        wait_until(self.app.answers, "the application")
         self.call("DueToday")
         self.call("GetInitialResultSet", "['roses']", **SEARCH)
         before = self.memory()
@@ -206,7 +207,10 @@ class Launcher(AutomationTest):
         wait_until(lambda: self.done("TSK-3"), "the task to be done")
 
         self.act("open-task")
-        wait_until(lambda: self.app.windows(), "the dialog")[0].activate()
+        self.act("open-task")
+        shown = wait_until(lambda: self.app.windows(), "the dialog")
+        stays_true(lambda: len(self.app.windows()) == 1, "one dialog")
+        shown[0].activate()
         windows.type_text(self.session, "NO-1")
         windows.press(self.session, "Return")
         tree.wait_for(contains="Couldn't open NO-1")

@@ -10,6 +10,7 @@
 
 #include <ParvelaKit/Json/Encoder.h>
 #include <ParvelaKit/Records.h>
+#include <ParvelaKit/ShownTitle.h>
 
 #include <malloc.h>
 
@@ -290,17 +291,28 @@ TEST_F(Automation, searchCarriesOutWhatIsChosen) {
         return said_.empty() ? std::string() : said_.back();
     };
     network_.answer("POST /api/v1/tasks", 201, json::encode(TaskSummary{.key = "TSK-42", .title = "Call"}));
-    EXPECT_EQ(choose("add:Call tomorrow"), "notify Added TSK-42 — Call | ");
+    EXPECT_EQ(choose("add:Call tomorrow"), "notify Added TSK-42 — " + shownTitle("Call") + " | ");
     network_.fail("POST /api/v1/tasks", TransportError::unreachable);
     EXPECT_EQ(choose("add:Call later"), "notify Saved. It will be added when you are back online. | Call later");
     network_.answer("POST /api/v1/tasks", 403);
-    EXPECT_EQ(choose("add:Call never"), "alert Couldn't add “Call never” | " + APIError::forbidden("").message());
+    EXPECT_EQ(choose("add:Call never"),
+              "alert Couldn't add “" + shownTitle("Call never") + "” | " + APIError::forbidden("").message());
     EXPECT_EQ(choose("board:b2"), "open https://app.test/b/b2");
     answerTask(404, {});
     EXPECT_EQ(choose("task:TSK-42"), "alert Couldn't open TSK-42 | Not found.");
     const auto said = said_.size();
-    for (const char* id : {"", "what", "board:b9", "format:/"}) choose(id);
+    const std::string endless = "add:" + std::string(5000, 'x');
+    for (const char* id : {"", "what", "board:b9", "format:/", endless.c_str()}) choose(id);
     EXPECT_EQ(said_.size(), said);
+
+    // What is chosen counts as a call until it is done, though nobody waits for it.
+    std::vector<Deferred<test::TransportResult>> held;
+    for (std::size_t i = 0; i < CallGate::mostCalls; ++i) {
+        held.push_back(network_.hold("POST /api/v1/tasks"));
+        choose("add:Wait for it");
+    }
+    EXPECT_THAT(call("Runner", runner, "Run", g_variant_new("(ss)", "add:One more", "")), HasSubstr("Error.Busy"));
+    for (const auto& one : held) one.resolve(Failure(TransportError::unreachable));
     const char* const terms[] = {"a&b", "c", nullptr};
     call("SearchProvider", provider, "LaunchSearch", g_variant_new("(^asu)", terms, 0U));
     EXPECT_EQ(said_.back(), "open https://app.test/search?q=a%26b%20c");

@@ -1,4 +1,4 @@
-#include "QuickAdd/ShownTitle.h"
+#include <ParvelaKit/ShownTitle.h>
 
 using namespace parvela;
 
