@@ -1,20 +1,11 @@
 """The commands of docs/scripting.md and the example script, as a reader would run them."""
 
 import os
-import re
 
-from harness import programs
+from harness import documents, programs
 from harness.case import DesktopTest
-from harness.waiting import wait_until
 
-GUIDE = programs.ROOT / "docs" / "scripting.md"
 EXAMPLE = programs.ROOT / "docs" / "examples" / "day.sh"
-
-
-def commands():
-    """Every command of the guide, those that go on in the next line as one."""
-    blocks = re.findall(r"^```sh\n(.*?)^```", GUIDE.read_text(encoding="utf-8"), re.MULTILINE | re.DOTALL)
-    return [command for block in blocks for command in block.replace("\\\n", " ").splitlines()]
 
 
 class Guide(DesktopTest):
@@ -34,7 +25,7 @@ class Guide(DesktopTest):
 
     def test_every_command_works(self):
         told = {}
-        for command in commands():
+        for command in documents.commands("docs/scripting.md"):
             result = self.shell(command)
             told[command] = result.stdout
             with self.subTest(command):

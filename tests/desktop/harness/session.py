@@ -200,8 +200,8 @@ class Session:
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=timeout, check=True).stdout
 
     def call(self, *arguments, env=None):
-        """Runs a program that takes over our terminal (output, signals) and returns its exit status, 128 + n after signal n."""
-        process = processes.Process(arguments, {**self.env, **(env or {})})
+        """Runs a program that takes over our terminal (input, output, signals) and returns its exit status, 128 + n after signal n."""
+        process = processes.Process(arguments, {**self.env, **(env or {})}, stdin=None)
         try:
             status = process.popen.wait()
         finally:
