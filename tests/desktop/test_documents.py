@@ -14,7 +14,7 @@ from harness.case import DesktopTest
 from harness.waiting import wait_until
 
 #: What runs commands of the documents, beside the tests of this folder.
-RUNNERS = (".ci/run", "packaging/test-packages", "packaging/installed/run", "packaging/installed/service")
+RUNNERS = (".ci/run", "scripts/test", "packaging/test-packages", "packaging/installed/run", "packaging/installed/service")
 
 
 @functools.cache
@@ -24,16 +24,17 @@ def code(program):
 
 
 def is_run(document, section, command):
-    """Whether a program names the command, or takes all commands of its section or document."""
+    """Whether a program has the command as it stands, or takes all commands of its section or document."""
     first = shlex.split(command)[0]
     if first == ".ci/run":
         return all(f"check_{word}()" in code(first) for word in shlex.split(command)[1:])
-    if first in RUNNERS:
+    if command in RUNNERS:
         return True
     tests = [f"tests/desktop/{path.name}" for path in pathlib.Path(__file__).parent.glob("test_*.py")]
-    document, section = re.escape(document), re.escape(section)
-    whole = re.compile(rf'documents\.commands\("{document}"(, "{section}")?\)|documented {document} "{section}"')
-    return any(command in code(program) or whole.search(code(program)) for program in (*RUNNERS, *tests))
+    command, document, section = re.escape(command), re.escape(document), re.escape(section)
+    runs = re.compile(rf"(?<![\w./-]){command}(?=[\"';]|$| &&| \|)"
+                      rf'|documents\.commands\("{document}"(, "{section}")?\)|documented {document} "{section}"', re.MULTILINE)
+    return any(runs.search(code(program)) for program in (*RUNNERS, *tests))
 
 
 class EveryCommand(unittest.TestCase):
@@ -52,7 +53,7 @@ class EveryCommand(unittest.TestCase):
                 first, *others = mention.split()
                 if others and (first in known or "/" in first and (programs.ROOT / first).is_file()):
                     with self.subTest(document):
-                        self.assertTrue(any(command.startswith(mention) for command in shown) or is_run(document, "", mention),
+                        self.assertTrue(any(command.startswith(mention) for command in shown) or is_run(document, "no section", mention),
                                         f"stands in no block: {mention}")
 
 
