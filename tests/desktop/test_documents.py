@@ -70,7 +70,8 @@ class Typed(DesktopTest):
                 (self.root / path.name).symlink_to(path)
         (self.root / "build").mkdir()
         (self.root / "build" / "dev").symlink_to(programs.build_tree().resolve())
-        self.env = {"PATH": f"{programs.path('parvela').parent}:{os.environ['PATH']}", "PARVELA_BUILD": str(programs.build_tree().resolve())}
+        self.env = {"PATH": f"{programs.path('parvela').parent}:{os.environ['PATH']}",
+                    "PARVELA_BUILD": str(programs.build_tree().resolve())}
 
     def type(self, command, stdin=None):
         result = self.session.run("sh", "-ec", f"cd {self.root}; {command}", env=self.env, timeout=90, stdin=stdin)
