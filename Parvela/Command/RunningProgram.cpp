@@ -40,14 +40,15 @@ GVariant* platformData() {
     return g_variant_builder_end(&builder);
 }
 
-bool call(const char* method, GVariant* arguments, GDBusCallFlags flags = G_DBUS_CALL_FLAGS_NO_AUTO_START) {
+bool call(const char* method, GVariant* arguments, GDBusCallFlags flags = G_DBUS_CALL_FLAGS_NO_AUTO_START,
+          GError** error = nullptr) {
     const VariantPtr held(g_variant_ref_sink(arguments));
     const auto bus = Ref<GDBusConnection>::adopt(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
     if (!bus) return false;
     g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
     const VariantPtr answer(g_dbus_connection_call_sync(bus.get(), PARVELA_APP_ID, objectPath().c_str(),
                                                         "org.freedesktop.Application", method, held.get(), nullptr,
-                                                        flags, callTimeout, nullptr, nullptr));
+                                                        flags, callTimeout, nullptr, error));
     return static_cast<bool>(answer);
 }
 
@@ -91,7 +92,11 @@ void RunningProgram::tellTasksChanged() {
 
 std::optional<std::string> RunningProgram::act(const std::string& action) {
     GVariant* const arguments = g_variant_new("(sav@a{sv})", action.c_str(), nullptr, platformData());
-    if (call("ActivateAction", arguments, G_DBUS_CALL_FLAGS_NONE)) return std::nullopt;
+    ErrorPtr error;
+    if (call("ActivateAction", arguments, G_DBUS_CALL_FLAGS_NONE, error.out())) return std::nullopt;
+    if (g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS)) {
+        return "The Parvela that runs is of another version and does not know this. Quit it and try again.";
+    }
     return "Parvela does not run, and the session bus can't start it.";
 }
 

@@ -1,5 +1,6 @@
 """The way to the window: starting it, handing URLs to the one that runs, and the service of this machine."""
 
+import os
 import shutil
 import subprocess
 import unittest
@@ -120,9 +121,20 @@ class Window(WindowCase):
         self.assert_says(self.parvela("open", " TSK-42 & more"), 0, "Open TSK-42 & more")
         self.assertEqual(self.parvela("unlink").returncode, 0)
         self.assert_says(self.parvela("quick-add"), 0)
+        self.assert_says(self.parvela("act", "due-today"), 1,
+                         err="parvela: The Parvela that runs is of another version and does not know this. Quit it and try again.")
         told = ["ready", "reload-settings", "open https://app.parvela.test/t/TSK-42", "reload-settings", "showQuickAdd", ""]
         wait_until(lambda: running.output().split("\n") == told, "what it was told")
         self.assertEqual(self.started(), [])
+
+
+LISTENER = """#!/bin/sh
+exec setpriv --reuid 65534 --clear-groups /usr/bin/python3 -c '
+import socket, time
+server = socket.create_server(("127.0.0.1", 3213))
+print("listening", flush=True)
+time.sleep(60)'
+"""
 
 
 def can_have_private_network():
@@ -157,4 +169,18 @@ class Local(WindowCase):
         self.assertEqual(run.stderr, f"parvela: The Parvela service of this machine ended at once. “{log}” says why.\n")
         self.assertEqual(log.read_text(encoding="utf-8"), "The port is taken.\n")
         self.assertEqual(self.read_settings()["serverMode"], "production")
+        self.assertEqual(self.started(), [])
+
+    @unittest.skipUnless(os.geteuid() == 0, "needs a second user")
+    def test_the_service_of_another_user_is_not_used(self):
+        self.write_program("listener", LISTENER)
+        script = 'ip link set lo up; mkfifo "$F"; "$L" > "$F" & read line < "$F"; "$P" --local; echo $?; "$P" doctor | grep Server; kill $!'
+        environment = {"P": str(self.bin / "parvela"), "L": str(self.bin / "listener"), "F": str(self.bin / "listens")}
+        del self.settings["ParvelaAPIURL"]
+        self.write_settings(serverMode="local")
+        run = self.session.run("unshare", "-n", "sh", "-c", script, env=environment)
+        taken = "Port 3213 of this machine is taken by another user"
+        self.assertEqual(run.stderr, f"parvela: {taken}. Start your own service with “parvela-local-service --web-port 3101 "
+                                     "--api-port 3214”, and name it in Settings.\n")
+        self.assertRegex(run.stdout, rf"^1\nproblem +Server +{taken}, who receives what you send")
         self.assertEqual(self.started(), [])

@@ -3,6 +3,7 @@
 #include <ParvelaKit/Records.h>
 #include <ParvelaKit/ServerConfig.h>
 #include <Platform/Diagnostics.h>
+#include <Platform/LocalPorts.h>
 
 #include <chrono>
 #include <iterator>
@@ -30,6 +31,15 @@ Task<Diagnostic> server(ServerConfig config, Transport transport) {
     const std::string what = "Server";
     const std::string site = ServerConfig::origin(config.apiURL);
     const std::string app = ServerConfig::origin(config.appURL);
+    if (config.mode == ServerConfig::Mode::local) {
+        if (const auto port = LocalPorts::takenByAnotherUser({*config.appURL.port(), *config.apiURL.port()})) {
+            co_return Diagnostic{
+                what, Verdict::problem,
+                fmt::format("Port {} of this machine is taken by another user, who receives what you send.", *port),
+                "Start your own service with “parvela-local-service --web-port 3101 --api-port 3214”, and name it in "
+                "Settings."};
+        }
+    }
     auto askingSite = answers(transport, config.apiURL);
     auto askingApp = answers(transport, config.appURL);
     const bool siteAnswers = co_await askingSite;
