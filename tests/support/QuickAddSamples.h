@@ -2,7 +2,9 @@
 
 #include <ParvelaKit/QuickAddRecords.h>
 
+#include <iterator>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -23,18 +25,23 @@ inline QuickAddContext unknownLists() {
     return {.today = {2025, 6, 10}};
 }
 
+/// The words of a text, which blanks part.
+inline std::vector<std::string> words(const std::string& text) {
+    std::istringstream stream(text);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
 class LineGenerator {
 public:
     explicit LineGenerator(unsigned seed) : random_(seed) {}
 
     /// Words of a to-do list with dates, times and names strewn in: what people type.
     std::string ordinaryLine(std::size_t length) {
-        static const std::vector<std::string> plain{
-            "Write",  "brief",   "call",    "the",    "bank",  "about",  "invoice", "fix",     "login",
-            "page",   "for",     "review",  "slides", "with",  "buy",    "milk",    "and",     "bread",
-            "book",   "flights", "to",      "Lisbon", "send",  "report", "update",  "website", "prepare",
-            "demo",   "clean",   "kitchen", "draft",  "email", "check",  "server",  "logs",    "plan",
-            "sprint", "order",   "cake",    "repair", "bike",  "pay",    "rent",    "renew"};
+        static const auto plain = words(
+            "Write brief call the bank about invoice fix login page for review slides with buy milk and bread book "
+            "flights to Lisbon send report update website prepare demo clean kitchen draft email check server logs "
+            "plan "
+            "sprint order cake repair bike pay rent renew");
         static const std::vector<std::string> meaningful{
             "tomorrow",     "on friday", "next week",      "due jun 10",   "in 3 days",
             "at 9:30am",    "5 pm",      "17:45",          "every monday", "!high",
@@ -52,129 +59,18 @@ public:
 
     /// Pieces in any order, well formed and not, with hostile characters in between.
     std::string wildLine(std::size_t pieces) {
-        static const std::vector<std::string> fragments{"today",
-                                                        "tonight",
-                                                        "tomorrow",
-                                                        "tmrw",
-                                                        "eow",
-                                                        "eom",
-                                                        "next",
-                                                        "this",
-                                                        "in",
-                                                        "end",
-                                                        "of",
-                                                        "the",
-                                                        "on",
-                                                        "by",
-                                                        "at",
-                                                        "due",
-                                                        "and",
-                                                        "every",
-                                                        "everyday",
-                                                        "daily",
-                                                        "weekday",
-                                                        "weekdays",
-                                                        "weekly",
-                                                        "monthly",
-                                                        "day",
-                                                        "days",
-                                                        "week",
-                                                        "weeks",
-                                                        "month",
-                                                        "months",
-                                                        "noon",
-                                                        "midnight",
-                                                        "am",
-                                                        "pm",
-                                                        "a.m.",
-                                                        "p.m",
-                                                        "a",
-                                                        "an",
-                                                        "two",
-                                                        "twelve",
-                                                        "jan",
-                                                        "february",
-                                                        "sept",
-                                                        "may",
-                                                        "sun",
-                                                        "sunday",
-                                                        "sat",
-                                                        "Mon",
-                                                        "THURS",
-                                                        "!high",
-                                                        "!1",
-                                                        "p4",
-                                                        "P1",
-                                                        "!med",
-                                                        "!!",
-                                                        "1",
-                                                        "3rd",
-                                                        "22nd",
-                                                        "31",
-                                                        "32nd",
-                                                        "2026",
-                                                        "20\u0662\u0665",
-                                                        "2025-06-30",
-                                                        "2025-02-30",
-                                                        "6/9",
-                                                        "6/10/26",
-                                                        "13/1",
-                                                        "2/29",
-                                                        "12am",
-                                                        "13pm",
-                                                        "5:30",
-                                                        "9:60",
-                                                        "9:30pm",
-                                                        "24:00",
-                                                        "\u0665pm",
-                                                        "0",
-                                                        "999",
-                                                        "@rob",
-                                                        "@ro",
-                                                        "@sam",
-                                                        "@samsmith",
-                                                        "@jos\u00e9",
-                                                        "@jose\u0301",
-                                                        "@",
-                                                        "@stone",
-                                                        "@nobody",
-                                                        "#design",
-                                                        "#design_review",
-                                                        "#api-v2",
-                                                        "#API_v2",
-                                                        "#",
-                                                        "#42",
-                                                        "#\u0664\u0662",
-                                                        "#\"",
-                                                        "#\u201c",
-                                                        "\"",
-                                                        "\u201d",
-                                                        "#\"Design Review\"",
-                                                        "#\u201c\u00e4rger\u201d",
-                                                        "#\"no such\"",
-                                                        "#\"\"",
-                                                        "brief",
-                                                        "Write",
-                                                        "\u0130stanbul",
-                                                        "\u03a3\u0391\u03a3",
-                                                        "\U0001f600",
-                                                        "e\u0301",
-                                                        ",",
-                                                        ".",
-                                                        ";",
-                                                        ":",
-                                                        "!",
-                                                        "?",
-                                                        "(",
-                                                        ")",
-                                                        "[",
-                                                        "]",
-                                                        "'",
-                                                        "\u2019",
-                                                        "-",
-                                                        "\u2014",
-                                                        "\xff",
-                                                        std::string(1, '\0')};
+        static const std::vector<std::string> fragments = [] {
+            auto all = words(
+                "today tonight tomorrow tmrw eow eom next this in end of the on by at due and every everyday daily "
+                "weekday weekdays weekly monthly day days week weeks month months noon midnight am pm a.m. p.m a an "
+                "two twelve jan february sept may sun sunday sat Mon THURS !high !1 p4 P1 !med !! 1 3rd 22nd 31 32nd "
+                "2026 20\u0662\u0665 2025-06-30 2025-02-30 6/9 6/10/26 13/1 2/29 12am 13pm 5:30 9:60 9:30pm 24:00 "
+                "\u0665pm 0 999 @rob @ro @sam @samsmith @jos\u00e9 @jose\u0301 @ @stone @nobody #design #design_review "
+                "#api-v2 #API_v2 # #42 #\u0664\u0662 #\" #\u201c \" \u201d #\u201c\u00e4rger\u201d #\"\" brief Write "
+                "\u0130stanbul \u03a3\u0391\u03a3 \U0001f600 e\u0301 , . ; : ! ? ( ) [ ] ' \u2019 - \u2014 \xff");
+            all.insert(all.end(), {"#\"Design Review\"", "#\"no such\"", std::string(1, '\0')});
+            return all;
+        }();
         static const std::vector<std::string> blanks{" ",  " ",      " ",      " ",      " ",  "  ",
                                                      "\t", "\u00a0", "\u2028", "\u3000", "\n", ""};
         std::string line = chance(8) ? one(blanks) : std::string();

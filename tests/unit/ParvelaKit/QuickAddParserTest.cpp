@@ -81,12 +81,11 @@ void expectPlain(CivilDate today, const std::vector<std::string>& phrases) {
 }
 
 TEST(QuickAddParser, findsDates) {
-    struct Case {
+    const struct {
         const char* value;
         std::vector<std::string> phrases;
         CivilDate today = tuesday;
-    };
-    const std::vector<Case> cases{
+    } cases[] = {
         {"2025-06-10",
          {"today", "TODAY", "due today", "by today", "due on today", "this tuesday", "in 0 days", "jun 10", "6/10",
           "10 june", "10th of june", "2025-06-10"}},
@@ -125,41 +124,27 @@ TEST(QuickAddParser, findsDates) {
 }
 
 TEST(QuickAddParser, knowsEveryMonthAndWeekdayName) {
-    const std::vector<std::vector<std::string>> months{{"january", "jan"},
-                                                       {"february", "feb"},
-                                                       {"march", "mar"},
-                                                       {"april", "apr"},
-                                                       {"may"},
-                                                       {"june", "jun"},
-                                                       {"july", "jul"},
-                                                       {"august", "aug"},
-                                                       {"september", "sep", "sept"},
-                                                       {"october", "oct"},
-                                                       {"november", "nov"},
-                                                       {"december", "dec"}};
+    const std::vector<std::string> months{
+        "january jan", "february feb", "march mar",          "april apr",   "may",          "june jun",
+        "july jul",    "august aug",   "september sep sept", "october oct", "november nov", "december dec"};
     for (std::size_t month = 0; month < months.size(); ++month) {
-        for (const auto& name : months[month]) {
+        for (const auto& name : samples::words(months[month])) {
             const auto date = CivilDate{2027, static_cast<int>(month) + 1, 5}.text();
             expectPhrases(tuesday, QuickAddToken::Kind::date, date, {name + " 5 2027", "5 " + name + " 2027"});
         }
     }
-    const std::vector<std::vector<std::string>> weekdays{{"sunday", "sun"},
-                                                         {"monday", "mon"},
-                                                         {"tuesday", "tue", "tues"},
-                                                         {"wednesday", "wed"},
-                                                         {"thursday", "thu", "thur", "thurs"},
-                                                         {"friday", "fri"},
-                                                         {"saturday", "sat"}};
+    const std::vector<std::string> weekdays{
+        "sunday sun", "monday mon",  "tuesday tue tues", "wednesday wed", "thursday thu thur thurs",
+        "friday fri", "saturday sat"};
     const CivilDate sunday{2025, 6, 8};
     for (std::size_t weekday = 0; weekday < weekdays.size(); ++weekday) {
-        for (const auto& name : weekdays[weekday]) {
+        for (const auto& name : samples::words(weekdays[weekday])) {
             const auto date = sunday.addingDays(static_cast<std::int64_t>(weekday));
             expectPhrases(sunday, QuickAddToken::Kind::date, date.text(), {"this " + name});
             expectPhrases(sunday, QuickAddToken::Kind::repeat, "weekly:" + std::to_string(weekday), {"every " + name});
         }
     }
-    const std::vector<std::string> numbers{"a",     "two",  "three", "four",   "five",   "six", "seven",
-                                           "eight", "nine", "ten",   "eleven", "twelve", "an",  "one"};
+    const auto numbers = samples::words("a two three four five six seven eight nine ten eleven twelve an one");
     for (std::size_t i = 0; i < numbers.size(); ++i) {
         const int count = i < 12 ? static_cast<int>(i) + 1 : 1;
         expectPhrases(sunday, QuickAddToken::Kind::date, sunday.addingDays(count).text(),
@@ -272,13 +257,12 @@ TEST(QuickAddParser, findsRepeatRules) {
 }
 
 TEST(QuickAddParser, givesRepeatRulesTheirAnchorAndFirstDate) {
-    struct Case {
+    const struct {
         CivilDate today;
         const char* line;
         const char* meaning;
         const char* display;
-    };
-    const std::vector<Case> cases{
+    } cases[] = {
         {tuesday, "weekly on monday", "| 2025-06-16 weekly:1", "Every Mon"},
         {tuesday, "friday every week", "| 2025-06-13 weekly:5", "Every Fri"},
         {tuesday, "monthly jun 22", "| 2025-06-22 monthly:22", "Every month on the 22nd"},
@@ -417,13 +401,12 @@ TEST(QuickAddParser, countsUtf16UnitsOfTheLineAsGiven) {
 }
 
 TEST(QuickAddParser, keepsLiteralRangesInTheTitle) {
-    struct Case {
+    const struct {
         const char* line;
         std::vector<QuickAddRange> literal;
         const char* marks;
         const char* title;
-    };
-    const std::vector<Case> cases{
+    } cases[] = {
         {"call friday sat", {{5, 11}}, "call friday [date:sat]", "call friday"},
         {"call on friday now", {{8, 9}}, "call on friday now", "call on friday now"},
         {"every mon wed daily", {{10, 13}}, "[repeat:every mon] wed daily", "wed daily"},

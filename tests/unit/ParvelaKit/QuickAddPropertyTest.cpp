@@ -22,29 +22,9 @@ TEST(QuickAddProperties, holdForOrdinaryAndWildLines) {
 }
 
 TEST(QuickAddProperties, holdForLongLinesOfOneKind) {
-    const std::vector<std::string> pieces{"#",
-                                          "\"",
-                                          "#\"",
-                                          "#\u201c",
-                                          "@",
-                                          "@a ",
-                                          "#a ",
-                                          "a ",
-                                          ",",
-                                          " ",
-                                          "x",
-                                          "\u00e9",
-                                          "\u0130 ",
-                                          "every mon ",
-                                          "on ",
-                                          "due on ",
-                                          "5 ",
-                                          "!!!",
-                                          "#\"a\" ",
-                                          "#\"a\"",
-                                          "( ",
-                                          "@rob ",
-                                          "#\"design review\" "};
+    auto pieces = samples::words("# \" #\" #\u201c @ @a #a a , x \u00e9 \u0130 on 5 !!! #\"a\" ( @rob");
+    for (const auto& word : std::vector(pieces)) pieces.push_back(word + " ");
+    pieces.insert(pieces.end(), {" ", "every mon ", "due on ", "#\"design review\" "});
     for (const auto& piece : pieces) {
         std::string line;
         while (line.size() < 3000) line += piece;
