@@ -1,6 +1,8 @@
 // Kills programs that submit and send queued lines, at random moments, and holds what the service got against what the
 // users of those programs were told.
 
+#include "support/TemporaryFolder.h"
+
 #include <ParvelaKit/Json/Decoder.h>
 #include <ParvelaKit/Json/Encoder.h>
 #include <ParvelaKit/OfflineQueue.h>
@@ -17,14 +19,10 @@
 #include <memory>
 #include <random>
 #include <sched.h>
-#include <string>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace parvela {
 namespace {
@@ -259,9 +257,8 @@ TEST(QueueKill, losesNoLineAndRepeatsOnlyThoseWhoseAnswerWasLost) {
     World& world = *new (memory) World{};
     world.now = 1'781'222'400'000;
 
-    std::string folder = (std::filesystem::temp_directory_path() / "parvela-kill-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(folder.data()), nullptr);
-    const std::filesystem::path file = std::filesystem::path(folder) / "queue.db";
+    const test::TemporaryFolder folder;
+    const std::filesystem::path file = folder.path() / "queue.db";
 
     std::mt19937_64 random(20260612);
     const auto start = [&](std::size_t slot) {
@@ -310,8 +307,6 @@ TEST(QueueKill, losesNoLineAndRepeatsOnlyThoseWhoseAnswerWasLost) {
     EXPECT_GE(world.lines, enoughLines) << "the programs hardly got to work";
     std::printf("%d kills, %d lines, %d lost answers, %d tasks added again for them\n", killed, lines, lostAnswers,
                 twice);
-
-    std::filesystem::remove_all(folder);
 }
 
 }  // namespace

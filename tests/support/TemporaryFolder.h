@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace parvela::testing {
+namespace parvela::test {
 
 /// An empty folder of its own, gone with everything in it at the end.
 class TemporaryFolder {
@@ -28,4 +28,4 @@ private:
     std::filesystem::path path_;
 };
 
-}  // namespace parvela::testing
+}  // namespace parvela::test

@@ -1,8 +1,6 @@
 #include "ServiceFixture.h"
 
 #include <algorithm>
-#include <string>
-#include <vector>
 
 namespace parvela::service {
 namespace {
@@ -190,11 +188,10 @@ TEST_F(ApiTest, myTasksAreThoseAssignedToMe) {
 TEST_F(ApiTest, unresolvedNamesAreMarkedAndCreateNothing) {
     const std::string secret = makeBoard(robin, "Secret", {{"private", true}});
     join("Robert Lang");
-    struct Row {
+    const struct {
         const char* wording;
         nlohmann::json body;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"has no label", {{"board", board}, {"labels", {"Design", "nope"}}}},
         {"No one called", {{"board", board}, {"assignees", {"nobody"}}}},
         {"matches more than one person", {{"board", board}, {"assignees", {"rob"}}}},

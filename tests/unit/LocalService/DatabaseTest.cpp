@@ -1,30 +1,24 @@
 #include "Domain/Stores.h"
 #include "ServiceFixture.h"
 #include "Store/Database.h"
+#include "support/TemporaryFolder.h"
 
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-
-#include <glib.h>
 
 namespace parvela::service {
 namespace {
 
 class DatabaseTest : public ::testing::Test {
 protected:
-    DatabaseTest() {
-        char name[] = "/tmp/parvela-database-XXXXXX";
-        folder = g_mkdtemp(name);
-    }
-    ~DatabaseTest() override { std::filesystem::remove_all(folder); }
-
     static std::int64_t number(Database& database, const char* sql) {
         auto row = database.query(sql);
         return row.step() ? row.integer(0) : -1;
     }
 
-    std::filesystem::path folder;
+    parvela::test::TemporaryFolder temporary;
+    const std::filesystem::path folder = temporary.path();
     parvela::test::FakeClock clock;
     test::CountingRandom random;
 };

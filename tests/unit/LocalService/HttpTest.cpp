@@ -1,8 +1,8 @@
 #include "ServiceFixture.h"
+#include "support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <fstream>
-#include <string>
 
 #include <fmt/format.h>
 
@@ -32,21 +32,20 @@ protected:
 
 TEST_F(HttpTest, onlyLoopbackHostNamesAreServed) {
     const auto port = hostOf(service->webOrigin()).substr(hostOf(service->webOrigin()).find(':'));
-    struct Case {
+    const struct {
         std::string host;
         int status;
-    };
-    const Case cases[] = {{"localhost" + port, 200},
-                          {"LOCALHOST" + port, 200},
-                          {"127.0.0.1" + port, 200},
-                          {"[::1]" + port, 200},
-                          {"localhost", 403},
-                          {"localhost:1", 403},
-                          {"parvela.evil.example", 403},
-                          {"evil.example" + port, 403},
-                          {"localhost.evil.example" + port, 403},
-                          {"127.0.0.1.nip.example", 403},
-                          {"evil.example#localhost" + port, 403}};
+    } cases[] = {{"localhost" + port, 200},
+                 {"LOCALHOST" + port, 200},
+                 {"127.0.0.1" + port, 200},
+                 {"[::1]" + port, 200},
+                 {"localhost", 403},
+                 {"localhost:1", 403},
+                 {"parvela.evil.example", 403},
+                 {"evil.example" + port, 403},
+                 {"localhost.evil.example" + port, 403},
+                 {"127.0.0.1.nip.example", 403},
+                 {"evil.example#localhost" + port, 403}};
     for (const auto& [host, status] : cases) {
         const auto request = fmt::format("GET /nothing.txt HTTP/1.1\r\nHost: {}\r\n\r\n", host);
         EXPECT_EQ(rawStatus(service->webOrigin(), request), status == 200 ? 404 : status) << host;
@@ -152,8 +151,6 @@ TEST_F(HttpTest, aPortInUseIsExplained) {
 class WebAssetsTest : public HttpTest {
 protected:
     WebAssetsTest() {
-        char name[] = "/tmp/parvela-assets-XXXXXX";
-        root = g_mkdtemp(name);
         const auto folder = root / "web";
         std::filesystem::create_directories(folder / "js");
         write(folder / "index.html", "<p>page");
@@ -164,11 +161,11 @@ protected:
         start({.assets = folder});
         robin = join("Robin Hale");
     }
-    ~WebAssetsTest() override { std::filesystem::remove_all(root); }
 
     static void write(const std::filesystem::path& file, const char* text) { std::ofstream(file) << text; }
 
-    std::filesystem::path root;
+    parvela::test::TemporaryFolder temporary;
+    const std::filesystem::path root = temporary.path();
 };
 
 TEST_F(WebAssetsTest, pagesGetTheAppAndFilesGetThemselves) {

@@ -3,8 +3,6 @@
 #include "Store/TaskQueries.h"
 
 #include <algorithm>
-#include <string>
-#include <vector>
 
 namespace parvela::service {
 namespace {

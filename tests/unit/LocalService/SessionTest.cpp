@@ -1,8 +1,6 @@
 #include "Domain/Demo.h"
 #include "ServiceFixture.h"
 
-#include <string>
-
 namespace parvela::service {
 namespace {
 

@@ -2,7 +2,6 @@
 #include "ServiceFixture.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace parvela::service {
 namespace {

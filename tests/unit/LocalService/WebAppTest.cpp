@@ -1,7 +1,5 @@
 #include "ServiceFixture.h"
 
-#include <string>
-
 namespace parvela::service {
 namespace {
 
@@ -40,26 +38,25 @@ TEST_F(WebAppTest, privateBoardsDoNotExistForOthers) {
         robin.call("POST", "/api/v1/tasks/" + task + "/comments", {{"body", "x"}}).at("comment_id");
     const std::string list = listId(robin, secret, "To do");
     const std::string checklist = robin.call("POST", "/api/tasks/" + task + "/checklists", {{"title", "C"}}).at("id");
-    struct Row {
+    const struct {
         const char* method;
         std::string path;
-    };
-    const Row rows[] = {{"GET", "/api/v1/boards/" + secret},
-                        {"GET", "/api/boards/" + secret + "/full"},
-                        {"PATCH", "/api/boards/" + secret},
-                        {"DELETE", "/api/boards/" + secret},
-                        {"GET", "/api/v1/tasks?board=" + secret},
-                        {"GET", "/api/v1/tasks/" + task},
-                        {"GET", "/api/v1/tasks/" + task + "/detail"},
-                        {"PATCH", "/api/v1/tasks/" + task},
-                        {"DELETE", "/api/tasks/" + task},
-                        {"POST", "/api/tasks/" + task + "/restore"},
-                        {"GET", url},
-                        {"DELETE", "/api/comments/" + comment},
-                        {"PATCH", "/api/lists/" + list},
-                        {"POST", "/api/checklists/" + checklist + "/items"},
-                        {"POST", "/api/tasks/" + task + "/timer"},
-                        {"POST", "/api/boards/" + secret + "/labels"}};
+    } rows[] = {{"GET", "/api/v1/boards/" + secret},
+                {"GET", "/api/boards/" + secret + "/full"},
+                {"PATCH", "/api/boards/" + secret},
+                {"DELETE", "/api/boards/" + secret},
+                {"GET", "/api/v1/tasks?board=" + secret},
+                {"GET", "/api/v1/tasks/" + task},
+                {"GET", "/api/v1/tasks/" + task + "/detail"},
+                {"PATCH", "/api/v1/tasks/" + task},
+                {"DELETE", "/api/tasks/" + task},
+                {"POST", "/api/tasks/" + task + "/restore"},
+                {"GET", url},
+                {"DELETE", "/api/comments/" + comment},
+                {"PATCH", "/api/lists/" + list},
+                {"POST", "/api/checklists/" + checklist + "/items"},
+                {"POST", "/api/tasks/" + task + "/timer"},
+                {"POST", "/api/boards/" + secret + "/labels"}};
     for (const auto& [method, path] : rows) EXPECT_EQ(rosa.status(method, path), 404) << method << " " << path;
     EXPECT_TRUE(rosa.fetch("/api/v1/tasks?q=surprise").at("results").empty());
     EXPECT_TRUE(rosa.fetch("/api/v1/tasks").at("tasks").empty());
@@ -192,15 +189,14 @@ TEST_F(WebAppTest, oneTimerRunsForEachPersonAndItsTimeIsKept) {
 
 TEST_F(WebAppTest, filesAreSavedNeverRun) {
     const std::string task = makeTask(robin, board, "T");
-    struct Case {
+    const struct {
         const char *sent, *name, *type, *shown;
-    };
-    const Case cases[] = {{"photo.PNG", "photo.PNG", "image/png", "inline"},
-                          {"page.html", "page.html", "text/html; charset=utf-8", "attachment"},
-                          {"drawing.svg", "drawing.svg", "image/svg+xml", "attachment"},
-                          {"..%2F..%2Fetc%2Fpasswd", "passwd", "application/octet-stream", "attachment"},
-                          {"%0Aa%22b.txt", "a\"b.txt", "text/plain; charset=utf-8", "attachment"},
-                          {"", "File", "application/octet-stream", "attachment"}};
+    } cases[] = {{"photo.PNG", "photo.PNG", "image/png", "inline"},
+                 {"page.html", "page.html", "text/html; charset=utf-8", "attachment"},
+                 {"drawing.svg", "drawing.svg", "image/svg+xml", "attachment"},
+                 {"..%2F..%2Fetc%2Fpasswd", "passwd", "application/octet-stream", "attachment"},
+                 {"%0Aa%22b.txt", "a\"b.txt", "text/plain; charset=utf-8", "attachment"},
+                 {"", "File", "application/octet-stream", "attachment"}};
     for (const auto& [sent, name, type, shown] : cases) {
         const auto uploaded =
             nlohmann::json::parse(robin.send("POST", "/api/tasks/" + task + "/files?name=" + sent, "<b>").body);

@@ -119,7 +119,7 @@ protected:
     std::shared_ptr<test::FakeClock> clock_ = std::make_shared<test::FakeClock>();
     test::FakeTransport network_;
     test::FakeSleep sleep_;
-    testing::TemporaryFolder folder_;
+    test::TemporaryFolder folder_;
     OfflineQueue queue_{{.file = folder_.path() / "queue.db",
                          .clock = clock_.get(),
                          .random = [] { return 0.5; },

@@ -1,9 +1,8 @@
 #include "Support/RendererChoice.h"
+#include "support/TemporaryFolder.h"
 
-#include <filesystem>
 #include <fstream>
 #include <map>
-#include <unistd.h>
 
 using namespace parvela;
 using testing::ElementsAre;
@@ -18,20 +17,6 @@ std::vector<EnvironmentVariable> variables(Renderer renderer, std::map<std::stri
     });
 }
 
-/// A folder that goes with the test.
-class Folder {
-public:
-    Folder() : path_(std::filesystem::temp_directory_path() / ("parvela-dri-" + std::to_string(getpid()))) {
-        std::filesystem::create_directory(path_);
-    }
-    ~Folder() { std::filesystem::remove_all(path_); }
-    const std::filesystem::path& path() const { return path_; }
-    void add(const char* name) const { std::ofstream(path_ / name).put('x'); }
-
-private:
-    std::filesystem::path path_;
-};
-
 }  // namespace
 
 TEST(RendererChoice, theSafeRendererNeedsTwoVariablesAndNeverReplacesTheUsersOwn) {
@@ -44,11 +29,12 @@ TEST(RendererChoice, theSafeRendererNeedsTwoVariablesAndNeverReplacesTheUsersOwn
 }
 
 TEST(RendererChoice, aGpuIsARenderNode) {
-    const Folder folder;
+    const test::TemporaryFolder folder;
+    const auto add = [&](const char* name) { std::ofstream(folder.path() / name).put('x'); };
     EXPECT_FALSE(hasRenderNode(folder.path() / "missing"));
     EXPECT_FALSE(hasRenderNode(folder.path()));
-    folder.add("card0");  // a display without a GPU behind it
+    add("card0");  // a display without a GPU behind it
     EXPECT_FALSE(hasRenderNode(folder.path()));
-    folder.add("renderD128");
+    add("renderD128");
     EXPECT_TRUE(hasRenderNode(folder.path()));
 }

@@ -1,6 +1,7 @@
 #include "support/FakeClock.h"
 #include "support/FakeSleep.h"
 #include "support/FakeTransport.h"
+#include "support/TemporaryFolder.h"
 
 #include <ParvelaKit/Json/Decoder.h>
 #include <ParvelaKit/Json/Encoder.h>
@@ -27,16 +28,7 @@ constexpr const char* createTask = "POST /api/v1/tasks";
 
 class OfflineQueueTest : public testing::Test {
 protected:
-    OfflineQueueTest() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "parvela-queue-XXXXXX").string();
-        folder_ = ::mkdtemp(pattern.data());
-    }
-    ~OfflineQueueTest() override {
-        queue_.reset();
-        std::filesystem::remove_all(folder_);
-    }
-
-    std::filesystem::path file() const { return folder_ / "state" / "queue.db"; }
+    std::filesystem::path file() const { return folder_.path() / "state" / "queue.db"; }
 
     OfflineQueue& start() {
         queue_.reset();
@@ -54,13 +46,18 @@ protected:
                               std::move(stop));
     }
 
+    /// What became of a line whose sending ends at once.
+    Result<QuickAddReceipt, QuickAddFailure> submitted(std::string line) {
+        auto task = submit(std::move(line));
+        EXPECT_TRUE(task.done());
+        return std::move(task).result();
+    }
+
     /// Submits lines while there is no connection.
     void submitOffline(std::initializer_list<const char*> lines) {
         for (const char* line : lines) {
             network_.fail(createTask, TransportError::unreachable);
-            auto task = submit(line);
-            ASSERT_TRUE(task.done());
-            const auto receipt = std::move(task).result();
+            const auto receipt = submitted(line);
             ASSERT_TRUE(receipt) << receipt.error().message();
             EXPECT_EQ(receipt->note, "Saved. It will be added when you are back online.");
         }
@@ -93,7 +90,7 @@ protected:
         sleep_.wakeAll();
     }
 
-    std::filesystem::path folder_;
+    test::TemporaryFolder folder_;
     test::FakeClock clock_;
     test::FakeSleep sleep_;
     FakeTransport network_;
@@ -104,16 +101,13 @@ protected:
 TEST_F(OfflineQueueTest, sendsAtOnceWhatCanBeSent) {
     start();
     willCreate();
-    auto task = submit("Call Sam every monday");
-    ASSERT_TRUE(task.done());
-    const auto receipt = std::move(task).result();
+    const auto receipt = submitted("Call Sam every monday");
     ASSERT_TRUE(receipt);
     EXPECT_EQ(receipt->task->key, "TSK-1");
     EXPECT_EQ(receipt->note, "Repeat rules can't be set from quick add \u2014 set the repeat in Parvela.");
     EXPECT_EQ(counts(), "0w0s0f");
 
-    auto empty = submit("tomorrow");
-    EXPECT_TRUE(std::move(empty).result().error().isEmptyTitle());
+    EXPECT_TRUE(submitted("tomorrow").error().isEmptyTitle());
     EXPECT_EQ(network_.requests().size(), 1U);
 }
 
@@ -135,12 +129,11 @@ TEST_F(OfflineQueueTest, aLineIsOnDiskBeforeItsFirstAttemptEnds) {
 
 TEST_F(OfflineQueueTest, keepsOnFirstTryOnlyWhatFoundNoService) {
     start();
-    struct Case {
+    const struct {
         int status;  ///< 0 for a failed transfer
         TransportError transfer;
         const char* kept;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {0, TransportError::unreachable, "1w0s0f"},
         {0, TransportError::timedOut, "1w0s0f"},
         {0, TransportError::invalidResponse, "0w0s0f"},
@@ -150,11 +143,9 @@ TEST_F(OfflineQueueTest, keepsOnFirstTryOnlyWhatFoundNoService) {
         {401, {}, "0w0s0f"},
         {422, {}, "0w0s0f"},
     };
-    for (const Case& test : cases) {
+    for (const auto& test : cases) {
         test.status == 0 ? network_.fail(createTask, test.transfer) : willRefuse(test.status, "");
-        auto task = submit("Write brief");
-        ASSERT_TRUE(task.done());
-        const bool kept = std::move(task).result().has_value();
+        const bool kept = submitted("Write brief").has_value();
         if (!kept) wakeAfter(0ms);
         EXPECT_EQ(counts(), test.kept) << test.status;
         EXPECT_EQ(kept, counts() == "1w0s0f");
@@ -363,8 +354,7 @@ TEST_F(OfflineQueueTest, destroyingTheQueueWhileSendingKeepsTheLine) {
 TEST_F(OfflineQueueTest, aProgramThatEndsAfterARefusalLeavesNothingBehind) {
     start();
     willRefuse(422, "The title is too long.");
-    auto task = submit("One");
-    EXPECT_EQ(std::move(task).result().error().message(), "The title is too long.");
+    EXPECT_EQ(submitted("One").error().message(), "The title is too long.");
     start();
     EXPECT_EQ(counts(), "0w0s0f");
 }
@@ -373,8 +363,7 @@ TEST_F(OfflineQueueTest, doesNotKeepLinesWithoutEnd) {
     start();
     const auto trySubmitting = [this](std::size_t size) {
         network_.fail(createTask, TransportError::unreachable);
-        auto task = submit(std::string(size, 'a'));
-        return std::move(task).result();
+        return submitted(std::string(size, 'a'));
     };
     EXPECT_EQ(trySubmitting(OfflineQueue::longestKeptLine + 1).error(), QuickAddFailure::notKept(APIError::offline()));
     EXPECT_EQ(counts(), "0w0s0f");
@@ -416,13 +405,11 @@ TEST_F(OfflineQueueTest, sendsWithoutKeepingWhenTheDiskRefuses) {
     OtherConnection other(file());
     ASSERT_TRUE(other.run("BEGIN IMMEDIATE"));
     network_.fail(createTask, TransportError::unreachable);
-    auto lost = submit("One");
-    EXPECT_EQ(std::move(lost).result().error().message(),
+    EXPECT_EQ(submitted("One").error().message(),
               APIError::offline().message() + " The line could not be saved for later.")
         << "the caller must not believe that it was saved";
     willCreate();
-    auto sent = submit("Two");
-    EXPECT_TRUE(std::move(sent).result()->task);
+    EXPECT_TRUE(submitted("Two")->task);
 }
 
 TEST_F(OfflineQueueTest, aFileThatCouldNotBeReadForAWhileHasLostNothing) {
@@ -430,18 +417,17 @@ TEST_F(OfflineQueueTest, aFileThatCouldNotBeReadForAWhileHasLostNothing) {
     submitOffline({"One"});
     ASSERT_TRUE(OtherConnection(file()).run("ALTER TABLE lines RENAME TO hidden"));
     network_.fail(createTask, TransportError::unreachable);
-    auto lost = submit("Two");
-    EXPECT_FALSE(std::move(lost).result());
+    EXPECT_FALSE(submitted("Two"));
     EXPECT_EQ(counts(), "1w0s0f");
     ASSERT_TRUE(OtherConnection(file()).run("ALTER TABLE hidden RENAME TO lines"));
 
     queue_.reset();
-    std::filesystem::rename(file(), folder_ / "aside");
+    std::filesystem::rename(file(), folder_.path() / "aside");
     std::filesystem::create_directory(file());
     start();
     EXPECT_THAT(queue_->status().get().notice.value_or(""), testing::HasSubstr("can't be saved for later"));
     std::filesystem::remove(file());
-    std::filesystem::rename(folder_ / "aside", file());
+    std::filesystem::rename(folder_.path() / "aside", file());
     submitOffline({"Three"});
     EXPECT_EQ(counts(), "2w0s0f");
     EXPECT_EQ(queue_->status().get().notice, std::nullopt);
@@ -485,11 +471,9 @@ TEST_F(OfflineQueueTest, leavesTheFileOfANewerVersionAlone) {
     EXPECT_THAT(queue_->status().get().notice.value_or(""), testing::HasSubstr("newer version"));
     EXPECT_EQ(counts(), "0w0s0f");
     willCreate();
-    auto sent = submit("Two");
-    EXPECT_TRUE(std::move(sent).result()->task);
+    EXPECT_TRUE(submitted("Two")->task);
     network_.fail(createTask, TransportError::unreachable);
-    auto unsent = submit("Three");
-    EXPECT_FALSE(std::move(unsent).result());
+    EXPECT_FALSE(submitted("Three"));
 
     queue_.reset();
     ASSERT_TRUE(OtherConnection(file()).run("PRAGMA user_version = 1"));
@@ -498,12 +482,11 @@ TEST_F(OfflineQueueTest, leavesTheFileOfANewerVersionAlone) {
 }
 
 TEST_F(OfflineQueueTest, worksWithoutAFolderToWriteTo) {
-    std::ofstream(folder_ / "state") << "a file in the way";
+    std::ofstream(folder_.path() / "state") << "a file in the way";
     start().setClient(client());
     EXPECT_THAT(queue_->status().get().notice.value_or(""), testing::HasSubstr("can't be saved for later"));
     willCreate();
-    auto sent = submit("One");
-    EXPECT_TRUE(std::move(sent).result()->task);
+    EXPECT_TRUE(submitted("One")->task);
     EXPECT_TRUE(queue_->lines(5).empty());
     EXPECT_FALSE(queue_->retry(1));
 }
@@ -513,8 +496,7 @@ TEST_F(OfflineQueueTest, keepsNothingThatItCouldNeverSend) {
     start();
     EXPECT_THAT(queue_->status().get().notice.value_or(""), testing::HasSubstr("can't be saved for later"));
     network_.fail(createTask, TransportError::unreachable);
-    auto task = submit("One");
-    EXPECT_FALSE(std::move(task).result());
+    EXPECT_FALSE(submitted("One"));
 }
 
 }  // namespace

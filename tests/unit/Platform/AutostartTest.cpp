@@ -1,4 +1,4 @@
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 
 #include <ParvelaKit/GLibPtr.h>
 #include <Platform/Autostart.h>
@@ -23,7 +23,7 @@ protected:
         std::ofstream(file) << content;
     }
 
-    testing::TemporaryFolder folder;
+    test::TemporaryFolder folder;
     fs::path file = folder.path() / "autostart" / "app.parvela.Parvela.desktop";
 };
 
@@ -39,11 +39,10 @@ TEST_F(AutostartTest, isSwitchedByTheFile) {
 }
 
 TEST_F(AutostartTest, anEntrySwitchedOffElsewhereIsOff) {
-    struct Case {
+    const struct {
         const char* content;
         bool enabled;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"[Desktop Entry]\nType=Application\nExec=parvela-desktop\n", true},
         {"[Desktop Entry]\nExec=parvela-desktop\nHidden=true\n", false},
         {"[Desktop Entry]\nExec=parvela-desktop\nX-GNOME-Autostart-enabled=false\n", false},
@@ -52,7 +51,7 @@ TEST_F(AutostartTest, anEntrySwitchedOffElsewhereIsOff) {
         {"no key file", false},
         {"", false},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         write(c.content);
         EXPECT_EQ(autostart().isEnabled(), c.enabled) << c.content;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "PrivateBus.h"
+
 #include <Platform/DBus.h>
 #include <Platform/MainLoop.h>
 
@@ -18,12 +20,7 @@ public:
     /// `call` gives the answer's tuple, or null for one without values.
     BusPeer(const char* name, const char* path, const std::string& introspection, Call call,
             std::function<GVariant*(const std::string&)> get = {})
-        : path_(path) {
-        constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                                 G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-        bus_ = dbus::Bus::adopt(g_dbus_connection_new_for_address_sync(getenv("DBUS_SESSION_BUS_ADDRESS"), flags,
-                                                                       nullptr, nullptr, nullptr));
-        if (!bus_) throw std::runtime_error("no bus");
+        : path_(path), bus_(connectAs(name)) {
         object_ = dbus::ExportedObject(bus_, path, introspection,
                                        {.call =
                                             [call = std::move(call)](const std::string& method, GVariant* values,
@@ -31,10 +28,7 @@ public:
                                                 g_dbus_method_invocation_return_value(invocation, call(method, values));
                                             },
                                         .get = std::move(get)});
-        const VariantPtr owned(g_dbus_connection_call_sync(
-            bus_.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "RequestName",
-            g_variant_new("(su)", name, 0U), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-        if (!object_ || !owned) throw std::runtime_error(std::string(name) + " can't be played");
+        if (!object_) throw std::runtime_error(std::string(name) + " can't be played");
     }
     BusPeer(const BusPeer&) = delete;
     BusPeer& operator=(const BusPeer&) = delete;

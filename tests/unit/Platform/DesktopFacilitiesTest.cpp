@@ -1,5 +1,5 @@
 #include "DesktopFacilities.h"
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 
 #include <Platform/FileRevealer.h>
 #include <Platform/GlobalShortcutsPortal.h>
@@ -12,8 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace parvela {
 namespace {
@@ -209,7 +207,7 @@ TEST_F(DesktopFacilities, thePortalsRefusalIsToldFromItsAbsence) {
 }
 
 TEST(TimeZoneMonitor, tellsWhenTheSystemIsGivenAnotherZone) {
-    const testing::TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     std::filesystem::create_symlink("/usr/share/zoneinfo/Europe/Berlin", folder.path() / "localtime");
     int changes = 0;
     const TimeZoneMonitor monitor([&] { ++changes; }, folder.path() / "localtime");

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <functional>
-#include <string>
 
 namespace parvela {
 namespace {
@@ -41,12 +40,10 @@ protected:
     /// Presses real keys.
     static void type(const std::string& arguments) { ASSERT_EQ(std::system(("xdotool " + arguments).c_str()), 0); }
 
-    static testing::PrivateDisplay* display;
+    inline static testing::PrivateDisplay* display = nullptr;
     int presses = 0;
     std::function<void()> count = [this] { ++presses; };
 };
-
-testing::PrivateDisplay* X11HotKeysTest::display = nullptr;
 
 constexpr HotKey controlOptionSpace{.keyCode = 49, .modifiers = 6144};
 

@@ -1,4 +1,4 @@
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 
 #include <Platform/JsonDefaultsStore.h>
 
@@ -42,7 +42,7 @@ protected:
         return result;
     }
 
-    testing::TemporaryFolder folder;
+    test::TemporaryFolder folder;
     fs::path file = folder.path() / "config" / "parvela" / "defaults.json";
     std::vector<std::string> failures;
 };

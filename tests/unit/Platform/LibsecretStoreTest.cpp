@@ -4,7 +4,6 @@
 #include <Platform/MainLoop.h>
 
 #include <chrono>
-#include <stdexcept>
 
 namespace parvela {
 
@@ -24,10 +23,7 @@ const SecretItem token{.service = "app.parvela.token", .account = "127.0.0.1:321
 class LibsecretStoreTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { bus = new PrivateBus; }
-    static void TearDownTestSuite() {
-        delete bus;
-        bus = nullptr;
-    }
+    static void TearDownTestSuite() { delete bus; }
 
     void TearDown() override {
         keyring.end();
@@ -54,12 +50,10 @@ protected:
     SecretStatus remove(const SecretItem& item) { return runUntilDone(store.remove(item)); }
     SecretStatus unlock(const SecretItem& item) { return runUntilDone(store.unlock(item)); }
 
-    static PrivateBus* bus;
+    inline static PrivateBus* bus = nullptr;
     testing::Child keyring;
     LibsecretStore store{{.service = 2s, .question = 300ms}};
 };
-
-PrivateBus* LibsecretStoreTest::bus = nullptr;
 
 TEST_F(LibsecretStoreTest, keepsReplacesAndRemovesSecretsByTheirAttributes) {
     startKeyring();
@@ -163,16 +157,8 @@ GDBusMessage* swallowCalls(GDBusConnection*, GDBusMessage* message, gboolean inc
 /// A program that owns a name on the bus and answers nothing.
 class Silence {
 public:
-    explicit Silence(const char* name) {
-        constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                                 G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-        connection_ = Ref<GDBusConnection>::adopt(g_dbus_connection_new_for_address_sync(
-            getenv("DBUS_SESSION_BUS_ADDRESS"), flags, nullptr, nullptr, nullptr));
+    explicit Silence(const char* name) : connection_(testing::connectAs(name)) {
         g_dbus_connection_add_filter(connection_.get(), swallowCalls, nullptr, nullptr);
-        const VariantPtr owned(g_dbus_connection_call_sync(
-            connection_.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "RequestName",
-            g_variant_new("(su)", name, 0U), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-        if (!owned) throw std::runtime_error("no name on the bus");
     }
     Silence(const Silence&) = delete;
     Silence& operator=(const Silence&) = delete;

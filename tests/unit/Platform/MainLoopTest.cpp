@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <optional>
 #include <stop_token>
 #include <thread>
 

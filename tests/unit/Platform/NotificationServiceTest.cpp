@@ -4,8 +4,6 @@
 #include <Platform/NotificationService.h>
 
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace parvela {
 namespace {

@@ -106,6 +106,19 @@ void PrivateBus::waitForOwner(const std::string& name, bool present) const {
     throw std::runtime_error(name + (present ? " did not appear" : " did not go"));
 }
 
+Ref<GDBusConnection> connectAs(const char* name) {
+    constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                             G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    auto connection = Ref<GDBusConnection>::adopt(
+        g_dbus_connection_new_for_address_sync(getenv("DBUS_SESSION_BUS_ADDRESS"), flags, nullptr, nullptr, nullptr));
+    if (!connection) throw std::runtime_error("no bus");
+    const VariantPtr owned(g_dbus_connection_call_sync(
+        connection.get(), "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "RequestName",
+        g_variant_new("(su)", name, 0U), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+    if (!owned) throw std::runtime_error(std::string(name) + " can't be owned");
+    return connection;
+}
+
 Child PrivateBus::startKeyring() const {
     Child keyring({"gnome-keyring-daemon", "--unlock", "--components=secrets", "--foreground"}, environment(),
                   "password");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 
 #include <ParvelaKit/GLibPtr.h>
 
@@ -56,10 +56,13 @@ public:
 private:
     std::vector<std::string> environment() const;
 
-    TemporaryFolder folder_;
+    test::TemporaryFolder folder_;
     Child daemon_;
     std::string address_;
     Ref<GDBusConnection> connection_;
 };
+
+/// Another program on this process's session bus: a connection of its own, which owns `name`.
+Ref<GDBusConnection> connectAs(const char* name);
 
 }  // namespace parvela::testing

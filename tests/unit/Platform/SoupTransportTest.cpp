@@ -8,7 +8,6 @@
 #include <chrono>
 #include <functional>
 #include <stop_token>
-#include <string>
 
 #include <gio/gio.h>
 
@@ -66,13 +65,12 @@ std::string chunk(const std::string& data) {
 
 TEST(SoupTransport, deliversWholeAnswers) {
     const std::string zipped = gzipped("{\"a\": 1}");
-    struct Case {
+    const struct {
         const char* what;
         std::string bytes;
         int status;
         std::string body;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"known length", withLength("200 OK\r\n", "hello"), 200, "hello"},
         {"no content", "HTTP/1.1 204 No Content\r\n\r\n", 204, ""},
         {"until the connection ends", "HTTP/1.0 200 OK\r\n\r\nhello", 200, "hello"},
@@ -89,7 +87,7 @@ TEST(SoupTransport, deliversWholeAnswers) {
         {"an informational answer comes first", "HTTP/1.1 103 Early Hints\r\n\r\n" + withLength("200 OK\r\n", "x"), 200,
          "x"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         FaultServer server;
         server.on("/", text(c.bytes));
@@ -104,13 +102,12 @@ TEST(SoupTransport, deliversWholeAnswers) {
 TEST(SoupTransport, brokenAnswersNeverCountAsAnswers) {
     const std::string zipped = gzipped(std::string(5000, 'x') + "end");
     const std::string head = chunkedHead + "\r\n";
-    struct Case {
+    const struct {
         const char* what;
         std::string bytes;
         TransportError error;
         const char* method = "GET";
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"closed without a word", "", TransportError::unreachable},
         {"not HTTP", "SSH-2.0-OpenSSH_9.2\r\n\r\n", TransportError::invalidResponse},
         {"garbage without a line end", std::string(3000, '\xFF'), TransportError::invalidResponse},
@@ -132,7 +129,7 @@ TEST(SoupTransport, brokenAnswersNeverCountAsAnswers) {
         {"a gzip bomb", withLength("200 OK\r\nContent-Encoding: gzip\r\n", gzipped(std::string(20 * smallBody, 'x'))),
          TransportError::invalidResponse},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         FaultServer server;
         server.on("/", text(c.bytes));

@@ -1,5 +1,5 @@
-#include "TemporaryFolder.h"
 #include "Variable.h"
+#include "support/TemporaryFolder.h"
 
 #include <Platform/DeviceName.h>
 #include <Platform/SystemClock.h>
@@ -74,14 +74,13 @@ TEST(SystemClock, findsWallClockTimesOnDaysWithAClockChange) {
 }
 
 TEST(DeviceName, prefersThePrettyNameOverTheHostName) {
-    const testing::TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const fs::path file = folder.path() / "machine-info";
-    struct Case {
+    const struct {
         const char* machineInfo;
         const char* host;
         std::string name;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"ICON_NAME=computer\nPRETTY_HOSTNAME=\"Robin's \\\"big\\\" PC\"\n", "pc", "Robin's \"big\" PC"},
         {"PRETTY_HOSTNAME=Büro", "pc", "Büro"},
         {"PRETTY_HOSTNAME=\n", "pc", "pc"},
@@ -91,7 +90,7 @@ TEST(DeviceName, prefersThePrettyNameOverTheHostName) {
         {"", "", "Mac"},
         {"PRETTY_HOSTNAME=\"\xFF\"", "pc", "\u{FFFD}"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         std::ofstream(file) << c.machineInfo;
         EXPECT_EQ(deviceName(file, c.host), c.name) << c.machineInfo;
     }
@@ -116,7 +115,7 @@ TEST(XdgPaths, followsTheEnvironmentAndIgnoresRelativeSettings) {
 }
 
 TEST(XdgPaths, newFoldersArePrivateAndOldOnesKeepTheirMode) {
-    const testing::TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     chmod(folder.path().c_str(), 0755);
     EXPECT_FALSE(ensurePrivateFolder(folder.path() / "a" / "b"));
     EXPECT_FALSE(ensurePrivateFolder(folder.path() / "a" / "b"));

@@ -5,8 +5,6 @@
 
 #include <map>
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace parvela {
 namespace {
