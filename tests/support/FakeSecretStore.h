@@ -16,18 +16,16 @@ namespace parvela::test {
 class FakeSecretStore final : public SecretStore {
 public:
     Task<Result<std::string, SecretStatus>> read(SecretItem item) override {
-        const auto status = beginCall("read", item);
-        auto gate = passGate();
-        co_await gate;
+        auto call = begin("read", item);
+        const auto status = co_await call;
         if (status != SecretStatus::success) co_return Failure(status);
         const auto found = secrets.find(nameOf(item));
         if (found == secrets.end()) co_return Failure(SecretStatus::notFound);
         co_return found->second;
     }
     Task<SecretStatus> update(SecretItem item, std::string secret) override {
-        const auto status = beginCall("update", item);
-        auto gate = passGate();
-        co_await gate;
+        auto call = begin("update", item);
+        const auto status = co_await call;
         if (status != SecretStatus::success) co_return status;
         const auto found = secrets.find(nameOf(item));
         if (found == secrets.end()) co_return SecretStatus::notFound;
@@ -35,25 +33,22 @@ public:
         co_return SecretStatus::success;
     }
     Task<SecretStatus> add(SecretItem item, std::string secret, std::string label) override {
-        const auto status = beginCall("add", item);
-        auto gate = passGate();
-        co_await gate;
+        auto call = begin("add", item);
+        const auto status = co_await call;
         if (status != SecretStatus::success) co_return status;
         secrets[nameOf(item)] = std::move(secret);
         labels[nameOf(item)] = std::move(label);
         co_return SecretStatus::success;
     }
     Task<SecretStatus> remove(SecretItem item) override {
-        const auto status = beginCall("remove", item);
-        auto gate = passGate();
-        co_await gate;
+        auto call = begin("remove", item);
+        const auto status = co_await call;
         if (status != SecretStatus::success) co_return status;
         co_return secrets.erase(nameOf(item)) > 0 ? SecretStatus::success : SecretStatus::notFound;
     }
     Task<SecretStatus> unlock(SecretItem item) override {
-        const auto status = beginCall("unlock", item);
-        auto gate = passGate();
-        co_await gate;
+        auto call = begin("unlock", item);
+        const auto status = co_await call;
         co_return status;
     }
 
@@ -88,18 +83,16 @@ public:
     bool holding = false;
 
 private:
-    SecretStatus beginCall(const std::string& operation, const SecretItem& item) {
-        calls.push_back(operation + " " + nameOf(item));
-        for (const auto& key : {operation + " " + nameOf(item), operation}) {
-            if (const auto found = failures.find(key); found != failures.end()) return found->second;
+    /// Writes the call down and waits while calls are held. How it is to end.
+    Task<SecretStatus> begin(std::string operation, SecretItem item) {
+        const std::string name = operation + " " + nameOf(item);
+        calls.push_back(name);
+        auto status = SecretStatus::success;
+        for (const auto& key : {operation, name}) {
+            if (const auto found = failures.find(key); found != failures.end()) status = found->second;
         }
-        return SecretStatus::success;
-    }
-    Task<void> passGate() {
-        if (!holding) co_return;
-        const Deferred<bool> gate;
-        waiting.push_back(gate);
-        co_await gate;
+        if (holding) co_await waiting.emplace_back();
+        co_return status;
     }
 };
 

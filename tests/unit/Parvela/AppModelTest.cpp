@@ -1,8 +1,7 @@
 #include "Model/AppModel.h"
-#include "support/FakeClock.h"
-#include "support/FakeSecretStore.h"
-#include "support/FakeTransport.h"
-#include "support/MemoryStore.h"
+#include "support/LinkedDevice.h"
+
+#include <ParvelaKit/Json/Encoder.h>
 
 namespace parvela {
 namespace {
@@ -14,29 +13,22 @@ constexpr const char* boardsRoute = "GET /api/v1/boards";
 constexpr const char* dueRoute = "GET /api/v1/tasks?due=today";
 
 std::string boardsBody(const std::vector<std::string>& ids) {
-    std::string boards;
-    for (const auto& id : ids) {
-        boards += std::string(boards.empty() ? "" : ",") + R"({"id":")" + id + R"(","name":"Board )" + id +
-                  R"(","private":false,"lists":[]})";
-    }
-    return R"({"workspace":{"id":"w","name":"Studio"},"workspaces":[],"boards":[)" + boards + "]}";
+    BoardsResponse answer{.workspace = {.id = "w", .name = "Studio"}};
+    for (const auto& id : ids) answer.boards.push_back({.id = id, .name = "Board " + id});
+    return json::encode(answer);
 }
 
-std::string task(const std::string& id, bool done) {
-    return R"({"id":")" + id +
-           R"(","key":"TSK-1","title":"Brief","board":"B","board_id":"b","list":"L","list_id":"l",)" +
-           R"("assignees":[],"priority":"none","labels":[],"done":)" + (done ? "true" : "false") + "}";
+TaskSummary task(const std::string& id, bool done = false) {
+    return {.id = id, .key = "TSK-1", .title = "Brief", .done = done};
 }
 
-std::string tasksBody(const std::vector<std::string>& tasks) {
-    std::string joined;
-    for (const auto& each : tasks) joined += (joined.empty() ? "" : ",") + each;
-    return R"({"today":"2026-06-10","tasks":[)" + joined + "]}";
+std::string tasksBody(std::vector<TaskSummary> tasks) {
+    return json::encode(TasksResponse{.today = "2026-06-10", .tasks = std::move(tasks)});
 }
 
-class AppModelTest : public testing::Test {
+class AppModelTest : public testing::Test, protected test::LinkedDevice {
 protected:
-    void SetUp() override { Preferences(store).setServerMode(ServerConfig::Mode::local); }
+    AppModelTest() { unlink(); }
 
     std::shared_ptr<AppModel> makeModel() {
         AppModelEnvironment environment;
@@ -44,14 +36,13 @@ protected:
         environment.notifications = notifications;
         environment.showBadge = [this](std::optional<std::string> label) { badges.push_back(label.value_or("none")); };
         environment.syncPush = [this] { ++pushSyncs; };
-        const ParvelaSession session(Preferences(store), TokenStore(secrets), network.transport(), clock);
-        auto model = AppModel::create(session, environment);
+        auto model = AppModel::create(session(), environment);
         run(model->reloadCredentials());
         return model;
     }
 
     std::shared_ptr<AppModel> makeLinkedModel() {
-        secrets->secrets["app.parvela.token 127.0.0.1:3213"] = "tk_secret";
+        link();
         return makeModel();
     }
 
@@ -61,21 +52,24 @@ protected:
         return std::move(work).result();
     }
 
-    static BridgeMessage::Link link(const std::string& workspace) {
+    void readDue(const std::shared_ptr<AppModel>& model, std::vector<TaskSummary> tasks) {
+        network.answer(dueRoute, 200, tasksBody(std::move(tasks)));
+        run(model->refreshDue());
+    }
+
+    static BridgeMessage::Link linkTo(const std::string& workspace) {
         return {"tk_linked", *Url::parse("http://127.0.0.1:3213"), workspace, "Studio", "Robin"};
     }
 
-    std::shared_ptr<test::MemoryStore> store = std::make_shared<test::MemoryStore>();
-    std::shared_ptr<test::FakeSecretStore> secrets = std::make_shared<test::FakeSecretStore>();
-    std::shared_ptr<test::FakeClock> clock = std::make_shared<test::FakeClock>();
     std::shared_ptr<NotificationCentre> notifications = std::make_shared<NotificationCentre>();
-    test::FakeTransport network;
     std::vector<std::string> badges;
     int pushSyncs = 0;
+    int announced = 0;
+    Subscription announcements = notifications->linkChanged.observe([this] { ++announced; });
 };
 
 TEST_F(AppModelTest, readsServerTokenAndDefaultBoardAtTheStart) {
-    Preferences(store).setDefaultBoardID("b7");
+    prefs.setDefaultBoardID("b7");
     const auto model = makeLinkedModel();
     EXPECT_EQ(model->server.get(), ServerConfig::local());
     EXPECT_TRUE(model->hasToken.get());
@@ -103,7 +97,7 @@ TEST_F(AppModelTest, refreshesBothListsAtOnce) {
     EXPECT_THAT(network.routes(), ElementsAre(boardsRoute, dueRoute));
     EXPECT_TRUE(model->isLoadingBoards.get() && model->isLoadingDue.get());
 
-    due.resolve(network.ok(tasksBody({task("t1", false)})));
+    due.resolve(network.ok(tasksBody({task("t1")})));
     boards.resolve(network.ok(boardsBody({"b1", "b2"})));
     ASSERT_TRUE(refreshing.done());
     EXPECT_FALSE(model->isLoadingBoards.get() || model->isLoadingDue.get());
@@ -116,7 +110,7 @@ TEST_F(AppModelTest, refreshesBothListsAtOnce) {
 TEST_F(AppModelTest, aFailedRefreshKeepsWhatWasThere) {
     const auto model = makeLinkedModel();
     network.answer(boardsRoute, 200, boardsBody({"b1"}));
-    network.answer(dueRoute, 200, tasksBody({task("t1", false)}));
+    network.answer(dueRoute, 200, tasksBody({task("t1")}));
     run(model->refreshAll());
     const auto loadedAt = model->dueLoadedAt.get();
     clock->advance(std::chrono::minutes(1));
@@ -131,20 +125,18 @@ TEST_F(AppModelTest, aFailedRefreshKeepsWhatWasThere) {
 }
 
 TEST_F(AppModelTest, repairsTheDefaultBoard) {
-    struct Case {
+    const struct {
         std::optional<std::string> stored;
         std::vector<std::string> served;
         std::optional<std::string> expected;
         std::optional<std::string> expectedName;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"b2", {"b1", "b2"}, "b2", "Board b2"},
         {"gone", {"b1", "b2"}, "b1", "Board b1"},
         {std::nullopt, {"b1"}, "b1", "Board b1"},
         {"gone", {}, std::nullopt, "Old name"},
     };
-    for (const Case& each : cases) {
-        const Preferences prefs(store);
+    for (const auto& each : cases) {
         prefs.setDefaultBoardID(each.stored);
         prefs.setDefaultBoardName("Old name");
         const auto model = makeLinkedModel();
@@ -157,7 +149,6 @@ TEST_F(AppModelTest, repairsTheDefaultBoard) {
 }
 
 TEST_F(AppModelTest, choosingAnUnknownBoardKeepsTheStoredName) {
-    const Preferences prefs(store);
     prefs.setDefaultBoardName("Old name");
     makeLinkedModel()->setDefaultBoard("b9");
     EXPECT_EQ(prefs.defaultBoardID(), "b9");
@@ -177,7 +168,7 @@ TEST_F(AppModelTest, switchingTheServerForgetsTheOldOne) {
     EXPECT_THAT(model->boards.get(), IsEmpty());
     EXPECT_FALSE(model->hasToken.get());
     EXPECT_EQ(model->tokenHint.get(), std::nullopt);
-    EXPECT_EQ(Preferences(store).serverMode(), ServerConfig::Mode::production);
+    EXPECT_EQ(prefs.serverMode(), ServerConfig::Mode::production);
 }
 
 TEST_F(AppModelTest, anAnswerOfTheOldServerIsDropped) {
@@ -203,14 +194,12 @@ TEST_F(AppModelTest, aSlowKeyringDoesNotBringBackTheOldToken) {
 
 TEST_F(AppModelTest, aLinkToAnotherWorkspaceClearsTheDefaultBoard) {
     const auto model = makeModel();
-    int announced = 0;
-    const auto subscription = notifications->linkChanged.observe([&announced] { ++announced; });
     const auto page = Url::parse("http://localhost:3100/home");
     for (const auto& [workspace, kept] : {std::pair{"w1", false}, {"w1", true}, {"w2", false}}) {
         model->setDefaultBoard("mine");
         network.answer(boardsRoute, 500);
         network.answer(dueRoute, 500);
-        ASSERT_TRUE(run(model->adoptLink(link(workspace), page)));
+        ASSERT_TRUE(run(model->adoptLink(linkTo(workspace), page)));
         EXPECT_EQ(model->defaultBoardID.get().has_value(), kept) << workspace;
     }
     EXPECT_EQ(announced, 3);
@@ -221,7 +210,7 @@ TEST_F(AppModelTest, aLinkToAnotherWorkspaceClearsTheDefaultBoard) {
 
 TEST_F(AppModelTest, aRefusedLinkChangesNothing) {
     const auto model = makeModel();
-    const auto refused = run(model->adoptLink(link("w"), Url::parse("http://localhost:9999/")));
+    const auto refused = run(model->adoptLink(linkTo("w"), Url::parse("http://localhost:9999/")));
     ASSERT_FALSE(refused);
     EXPECT_FALSE(model->hasToken.get());
     EXPECT_EQ(pushSyncs, 0);
@@ -230,8 +219,6 @@ TEST_F(AppModelTest, aRefusedLinkChangesNothing) {
 
 TEST_F(AppModelTest, aPastedTokenTakesTheOldOnesPlace) {
     const auto model = makeLinkedModel();
-    int announced = 0;
-    const auto subscription = notifications->linkChanged.observe([&announced] { ++announced; });
     const auto refused = run(model->savePastedToken("no token"));
     ASSERT_FALSE(refused);
     EXPECT_EQ(message(refused.error()), "That doesn't look like a Parvela token. It starts with tk_.");
@@ -240,7 +227,7 @@ TEST_F(AppModelTest, aPastedTokenTakesTheOldOnesPlace) {
     const auto boards = network.hold(boardsRoute);
     const auto due = network.hold(dueRoute);
     ASSERT_TRUE(run(model->savePastedToken(" Bearer tk_pasted\n")));
-    EXPECT_EQ(secrets->secrets["app.parvela.token 127.0.0.1:3213"], "tk_pasted");
+    EXPECT_EQ(secrets->secrets[tokenItem], "tk_pasted");
     EXPECT_EQ(model->tokenHint.get(), "tk_pa…");
     EXPECT_EQ(announced, 1);
     EXPECT_THAT(network.routes(), ElementsAre(boardsRoute, dueRoute));
@@ -252,8 +239,7 @@ TEST_F(AppModelTest, aPastedTokenTakesTheOldOnesPlace) {
 
 TEST_F(AppModelTest, unlinkingForgetsEverythingEvenWhenTheServiceFails) {
     const auto model = makeLinkedModel();
-    network.answer(dueRoute, 200, tasksBody({task("t1", false)}));
-    run(model->refreshDue());
+    readDue(model, {task("t1")});
     model->setBadge(3);
     model->setTimer(TimerInfo{"TSK-1", "Brief", std::nullopt, clock->now()});
     network.fail("POST /api/v1/token/revoke", TransportError::unreachable);
@@ -273,17 +259,15 @@ TEST_F(AppModelTest, aTokenThatAnotherProgramChangesEndsWhatWasAskedWithIt) {
     };
     for (const auto& [stored, isTheSame] : {Case{"tk_secret", true}, {"tk_another", false}, {std::nullopt, false}}) {
         const auto model = makeLinkedModel();
-        network.answer(dueRoute, 200, tasksBody({task("t1", false)}));
-        run(model->refreshDue());
+        readDue(model, {task("t1")});
         model->setBadge(3);
         model->setTimer(TimerInfo{"TSK-1", "Brief", std::nullopt, clock->now()});
         const auto boards = network.hold(boardsRoute);
         auto refreshing = model->refreshBoards();
-        int announced = 0;
-        const auto subscription = notifications->linkChanged.observe([&announced] { ++announced; });
+        announced = 0;
 
         secrets->secrets.clear();
-        if (stored) secrets->secrets["app.parvela.token 127.0.0.1:3213"] = *stored;
+        if (stored) secrets->secrets[tokenItem] = *stored;
         run(model->reloadCredentials());
         run(model->reloadCredentials());
         boards.resolve(network.ok(boardsBody({"b1"})));
@@ -305,8 +289,7 @@ TEST_F(AppModelTest, theBadgeShowsCountsFromOne) {
 
 TEST_F(AppModelTest, completingATaskShowsAtOnceAndIsTakenBackOnFailure) {
     const auto model = makeLinkedModel();
-    network.answer(dueRoute, 200, tasksBody({task("t1", false), task("t2", false)}));
-    run(model->refreshDue());
+    readDue(model, {task("t1"), task("t2")});
 
     const auto answer = network.hold("PATCH /api/v1/tasks/t2");
     auto completing = model->setDone("t2", true);
@@ -317,7 +300,7 @@ TEST_F(AppModelTest, completingATaskShowsAtOnceAndIsTakenBackOnFailure) {
     EXPECT_EQ(model->dueError.get(), APIError::timedOut().message());
     EXPECT_EQ(network.requests().back().body, R"({"done":true})");
 
-    network.answer("PATCH /api/v1/tasks/t2", 200, task("t2", true));
+    network.answer("PATCH /api/v1/tasks/t2", 200, json::encode(task("t2", true)));
     run(model->setDone("t2", true));
     EXPECT_TRUE(model->dueToday.get()[1].done);
     EXPECT_EQ(model->dueError.get(), std::nullopt);
@@ -325,12 +308,10 @@ TEST_F(AppModelTest, completingATaskShowsAtOnceAndIsTakenBackOnFailure) {
 
 TEST_F(AppModelTest, completingFindsItsTaskAgainAfterTheListMoved) {
     const auto model = makeLinkedModel();
-    network.answer(dueRoute, 200, tasksBody({task("t1", false), task("t2", false)}));
-    run(model->refreshDue());
+    readDue(model, {task("t1"), task("t2")});
     const auto answer = network.hold("PATCH /api/v1/tasks/t2");
     auto completing = model->setDone("t2", true);
-    network.answer(dueRoute, 200, tasksBody({task("t2", true), task("t3", false)}));
-    run(model->refreshDue());
+    readDue(model, {task("t2", true), task("t3")});
     answer.resolve(Failure(TransportError::timedOut));
     EXPECT_TRUE(completing.done());
     EXPECT_FALSE(model->dueToday.get()[0].done);
@@ -339,8 +320,7 @@ TEST_F(AppModelTest, completingFindsItsTaskAgainAfterTheListMoved) {
 
 TEST_F(AppModelTest, completingWithoutTokenOrTaskSendsNothing) {
     const auto model = makeLinkedModel();
-    network.answer(dueRoute, 200, tasksBody({task("t1", false)}));
-    run(model->refreshDue());
+    readDue(model, {task("t1")});
     run(model->setDone("unknown", true));
     secrets->secrets.clear();
     std::vector<bool> shown;
@@ -357,7 +337,7 @@ TEST_F(AppModelTest, createsTasksOnTheDefaultElseTheFirstBoard) {
     NewTask draft;
     draft.title = "Brief";
     network.answer(boardsRoute, 200, boardsBody({"first"}));
-    network.answer("POST /api/v1/tasks", 200, task("t9", false));
+    network.answer("POST /api/v1/tasks", 200, json::encode(task("t9")));
     EXPECT_EQ(run(model->createTask(draft))->id, "t9");
     EXPECT_THAT(*network.requests().back().body, testing::HasSubstr(R"("board":"first")"));
 

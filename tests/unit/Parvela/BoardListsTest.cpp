@@ -1,8 +1,5 @@
 #include "QuickAdd/BoardLists.h"
-#include "support/FakeClock.h"
-#include "support/FakeSecretStore.h"
-#include "support/FakeTransport.h"
-#include "support/MemoryStore.h"
+#include "support/LinkedDevice.h"
 
 namespace parvela {
 namespace {
@@ -16,17 +13,9 @@ std::string boardBody(const std::string& person) {
            R"("open":0,"done":0,"overdue":0})";
 }
 
-class BoardListsTest : public testing::Test {
+class BoardListsTest : public testing::Test, protected test::LinkedDevice {
 protected:
-    void SetUp() override {
-        Preferences(store).setServerMode(ServerConfig::Mode::local);
-        secrets->secrets["app.parvela.token 127.0.0.1:3213"] = "tk_secret";
-        const ParvelaSession session(Preferences(store), TokenStore(secrets), network.transport(), clock);
-        model = AppModel::create(session, AppModelEnvironment{.clock = clock,
-                                                              .notifications = std::make_shared<NotificationCentre>(),
-                                                              .showBadge = [](const auto&) {},
-                                                              .syncPush = [] {}});
-        lists = std::make_shared<BoardLists>(model);
+    BoardListsTest() {
         lists->onChanged = [this](const std::string& board) { changes.push_back(board); };
     }
 
@@ -35,12 +24,8 @@ protected:
         return known ? known->members.at(0).name : "unknown";
     }
 
-    std::shared_ptr<test::MemoryStore> store = std::make_shared<test::MemoryStore>();
-    std::shared_ptr<test::FakeSecretStore> secrets = std::make_shared<test::FakeSecretStore>();
-    std::shared_ptr<test::FakeClock> clock = std::make_shared<test::FakeClock>();
-    test::FakeTransport network;
-    std::shared_ptr<AppModel> model;
-    std::shared_ptr<BoardLists> lists;
+    std::shared_ptr<BoardLists> lists = std::make_shared<BoardLists>(
+        AppModel::create(session(), {clock, std::make_shared<NotificationCentre>(), [](const auto&) {}, [] {}}));
     std::vector<std::string> changes;
 };
 
@@ -79,10 +64,10 @@ TEST_F(BoardListsTest, asksOnceAtATimeAndDropsAnswersForAnotherAccount) {
 }
 
 TEST_F(BoardListsTest, withoutATokenAsksNothingAndIsReadyToAskLater) {
-    secrets->secrets.clear();
+    unlink();
     lists->refresh("b1").detach();
     EXPECT_TRUE(network.requests().empty());
-    secrets->secrets["app.parvela.token 127.0.0.1:3213"] = "tk_secret";
+    link();
     network.answer("GET /api/v1/boards/b1", 200, boardBody("Robin"));
     lists->refresh("b1").detach();
     EXPECT_EQ(firstMember(), "Robin");

@@ -1,9 +1,6 @@
 #include "Model/DailySummary.h"
 #include "Model/DailySummaryScheduler.h"
-#include "support/FakeClock.h"
-#include "support/FakeSecretStore.h"
-#include "support/FakeTransport.h"
-#include "support/MemoryStore.h"
+#include "support/LinkedDevice.h"
 
 #include <map>
 #include <set>
@@ -18,22 +15,17 @@ using testing::IsEmpty;
 constexpr const char* dueRoute = "GET /api/v1/tasks?due=today";
 
 TaskSummary dueTask(const std::string& title, const std::string& dueDate, bool done = false) {
-    TaskSummary task;
-    task.title = title;
-    task.dueDate = dueDate;
-    task.done = done;
-    return task;
+    return {.title = title, .dueDate = dueDate, .done = done};
 }
 
 TEST(DailySummary, countsOpenTasksAndNamesTheFirstThree) {
     const CivilDate today{2026, 6, 10};
     const std::string now = "2026-06-10";
     const std::string past = "2026-06-09";
-    struct Case {
+    const struct {
         std::vector<TaskSummary> tasks;
         DailySummary expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{}, {"Nothing due today", "Your Parvela list is clear."}},
         {{dueTask("a", past, true)}, {"Nothing due today", "Your Parvela list is clear."}},
         {{dueTask("a", now), dueTask("b", now, true)}, {"1 task due today", "a"}},
@@ -58,18 +50,14 @@ public:
 };
 
 /// The clock starts at 09:00 UTC on 2026-06-10; the summary is set to 09:30 unless a test says otherwise.
-class DailySummarySchedulerTest : public testing::Test {
+class DailySummarySchedulerTest : public testing::Test, protected test::LinkedDevice {
 protected:
-    void SetUp() override {
-        prefs.setServerMode(ServerConfig::Mode::local);
+    DailySummarySchedulerTest() {
         prefs.setDailySummaryEnabled(true);
         prefs.setDailySummaryMinutes(9 * 60 + 30);
-        secrets->secrets["app.parvela.token 127.0.0.1:3213"] = "tk_secret";
-        scheduler = makeScheduler();
     }
 
     std::shared_ptr<DailySummaryScheduler> makeScheduler() {
-        const ParvelaSession session(prefs, TokenStore(secrets), network.transport(), clock);
         AppModelEnvironment environment{clock, std::make_shared<NotificationCentre>(), [](const auto&) {}, [] {}};
         const auto setAlarm = [this](Instant when, std::function<void()> action) {
             alarm = when;
@@ -77,7 +65,7 @@ protected:
             ring = kept;
             return Subscription(kept);
         };
-        return std::make_shared<DailySummaryScheduler>(AppModel::create(session, environment), clock, notifier,
+        return std::make_shared<DailySummaryScheduler>(AppModel::create(session(), environment), clock, notifier,
                                                        setAlarm);
     }
 
@@ -91,15 +79,11 @@ protected:
         return identifiers;
     }
 
-    std::shared_ptr<test::FakeClock> clock = std::make_shared<test::FakeClock>();
     const Instant start = clock->now();
-    Preferences prefs{std::make_shared<test::MemoryStore>()};
-    std::shared_ptr<test::FakeSecretStore> secrets = std::make_shared<test::FakeSecretStore>();
     std::shared_ptr<RecordingNotifier> notifier = std::make_shared<RecordingNotifier>();
-    test::FakeTransport network;
-    std::shared_ptr<DailySummaryScheduler> scheduler;
     Instant alarm{};
     std::weak_ptr<std::function<void()>> ring;
+    std::shared_ptr<DailySummaryScheduler> scheduler = makeScheduler();
 };
 
 TEST_F(DailySummarySchedulerTest, sendsAtTheSlotAndThenWaitsForTomorrow) {
@@ -222,7 +206,7 @@ TEST_F(DailySummarySchedulerTest, switchedOffOrNotLinkedNothingIsSent) {
     scheduler->reschedule();
     EXPECT_TRUE(ring.expired());
     prefs.setDailySummaryEnabled(true);
-    secrets->secrets.clear();
+    unlink();
     scheduler->reschedule();
     EXPECT_THAT(network.requests(), IsEmpty());
 }
@@ -240,7 +224,7 @@ TEST_F(DailySummarySchedulerTest, aRequestedSummaryIsSentEveryTime) {
     const auto failed = request();
     EXPECT_EQ(failed.kind, Outcome::Case::failed);
     EXPECT_NE(failed.problem, "");
-    secrets->secrets.clear();
+    unlink();
     EXPECT_EQ(request().kind, Outcome::Case::notLinked);
 }
 

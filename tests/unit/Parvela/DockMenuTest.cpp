@@ -1,10 +1,5 @@
 #include "Menu/DockMenu.h"
-#include "support/FakeClock.h"
-#include "support/FakeSecretStore.h"
-#include "support/FakeTransport.h"
-#include "support/MemoryStore.h"
-
-#include <gmock/gmock.h>
+#include "support/LinkedDevice.h"
 
 namespace parvela {
 namespace {
@@ -13,7 +8,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-class DockMenuTest : public testing::Test {
+class DockMenuTest : public testing::Test, protected test::LinkedDevice {
 protected:
     std::vector<DesktopMenuEntry> entries() { return dockMenuEntries(*model, actions); }
     /// As they are read: separators as "-", what cannot be chosen in brackets.
@@ -29,20 +24,11 @@ protected:
     }
 
     static TaskSummary task(const std::string& key, const std::string& title) {
-        TaskSummary result;
-        result.key = key;
-        result.title = title;
-        result.board = "Launch";
-        result.dueDate = "2026-06-10";
-        return result;
+        return {.key = key, .title = title, .board = "Launch", .dueDate = "2026-06-10"};
     }
 
-    std::shared_ptr<test::FakeClock> clock = std::make_shared<test::FakeClock>();
-    test::FakeTransport network;
-    std::shared_ptr<AppModel> model = AppModel::create(
-        ParvelaSession(Preferences(std::make_shared<test::MemoryStore>()),
-                       TokenStore(std::make_shared<test::FakeSecretStore>()), network.transport(), clock),
-        AppModelEnvironment{clock, std::make_shared<NotificationCentre>(), [](const auto&) {}, [] {}});
+    std::shared_ptr<AppModel> model =
+        AppModel::create(session(), {clock, std::make_shared<NotificationCentre>(), [](const auto&) {}, [] {}});
     std::vector<std::string> chosen;
     DockMenuActions actions{.newTask = [this] { chosen.emplace_back("new task"); },
                             .newWindow = [this] { chosen.emplace_back("new window"); },

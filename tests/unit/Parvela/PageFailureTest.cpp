@@ -35,11 +35,10 @@ TEST(PageRetry, asksLessAndLessOftenDownToTwiceAMinute) {
 }
 
 TEST(CertificateProblem, namesTheHostAndTheGravestReason) {
-    struct Case {
+    const struct {
         int problems;
         const char* reason;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {G_TLS_CERTIFICATE_EXPIRED, "has expired"},
         {G_TLS_CERTIFICATE_UNKNOWN_CA, "signed by nobody whom this computer trusts"},
         {G_TLS_CERTIFICATE_BAD_IDENTITY | G_TLS_CERTIFICATE_UNKNOWN_CA, "belongs to another site"},

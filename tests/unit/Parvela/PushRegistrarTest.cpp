@@ -1,10 +1,6 @@
 #include "Model/PushRegistrar.h"
-#include "support/FakeClock.h"
-#include "support/FakeSecretStore.h"
-#include "support/FakeTransport.h"
-#include "support/MemoryStore.h"
+#include "support/LinkedDevice.h"
 
-#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 namespace parvela {
@@ -15,37 +11,23 @@ using testing::SizeIs;
 
 constexpr const char* registerRoute = "POST /api/v1/devices/push";
 
-class PushRegistrarTest : public testing::Test {
+class PushRegistrarTest : public testing::Test, protected test::LinkedDevice {
 protected:
-    void SetUp() override {
-        prefs.setServerMode(ServerConfig::Mode::local);
-        link();
-    }
-
-    void link() { secrets->secrets["app.parvela.token 127.0.0.1:3213"] = "tk_secret"; }
-
     std::shared_ptr<PushRegistrar> makeRegistrar(PushRegistrar::Program program) {
-        const ParvelaSession session(prefs, TokenStore(secrets), network.transport(), clock);
-        return std::make_shared<PushRegistrar>(session, std::move(program));
+        return std::make_shared<PushRegistrar>(session(), std::move(program));
     }
-
-    std::shared_ptr<test::FakeClock> clock = std::make_shared<test::FakeClock>();
-    Preferences prefs{std::make_shared<test::MemoryStore>()};
-    std::shared_ptr<test::FakeSecretStore> secrets = std::make_shared<test::FakeSecretStore>();
-    test::FakeTransport network;
 };
 
 TEST_F(PushRegistrarTest, sendsTheTokenWithWhatThePushServiceKnowsOfTheProgram) {
-    struct Case {
+    const struct {
         PushRegistrar::Program program;
         std::string bundle, environment;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{"app.parvela.Parvela", "production"}, "app.parvela.Parvela", "production"},
         {{"app.parvela.Parvela", "Production"}, "app.parvela.Parvela", "sandbox"},
         {{"", std::nullopt}, "app.parvela.mac", "sandbox"},
     };
-    for (const Case& one : cases) {
+    for (const auto& one : cases) {
         network.answer(registerRoute, 200, R"({"ok":true})");
         makeRegistrar(one.program)->setDeviceToken("00ff");
         const auto body = nlohmann::json::parse(network.requests().back().body.value_or(""));
@@ -60,7 +42,7 @@ TEST_F(PushRegistrarTest, sendsTheTokenWithWhatThePushServiceKnowsOfTheProgram) 
 TEST_F(PushRegistrarTest, asksNothingWithoutATokenOrALink) {
     const auto registrar = makeRegistrar({"app"});
     EXPECT_TRUE(registrar->sync().done());
-    secrets->secrets.clear();
+    unlink();
     registrar->setDeviceToken("00ff");
     EXPECT_THAT(network.requests(), IsEmpty());
     EXPECT_EQ(registrar->deviceToken(), "00ff") << "it is sent once the device is linked";

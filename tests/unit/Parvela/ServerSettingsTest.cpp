@@ -3,8 +3,6 @@
 #include "support/FakeTransport.h"
 #include "support/MemoryStore.h"
 
-#include <gmock/gmock.h>
-
 namespace parvela {
 namespace {
 

@@ -1,7 +1,5 @@
 #include "Settings/TimeOfDay.h"
 
-#include <gtest/gtest.h>
-
 namespace parvela {
 namespace {
 

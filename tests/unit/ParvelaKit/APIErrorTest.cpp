@@ -31,14 +31,6 @@ TEST(APIError, saysWhatUsersAreToldWordForWord) {
     for (const auto& [error, message] : cases) EXPECT_EQ(error.message(), message);
 }
 
-TEST(APIError, comparesCaseAndPayload) {
-    EXPECT_EQ(APIError::server(500, "a"), APIError::server(500, "a"));
-    EXPECT_NE(APIError::server(500, "a"), APIError::server(502, "a"));
-    EXPECT_NE(APIError::rateLimited(0), APIError::rateLimited(std::nullopt));
-    EXPECT_NE(APIError::notFound("a"), APIError::badRequest("a"));
-    EXPECT_NE(APIFailure(APIError::offline()), APIFailure::cancelled());
-}
-
 TEST(APIError, knowsTheWordingsOfAnUnresolvedReference) {
     const std::pair<APIError, bool> cases[] = {
         {APIError::badRequest("The board has no label \"ux\"."), true},

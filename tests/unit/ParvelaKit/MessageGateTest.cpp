@@ -1,7 +1,5 @@
 #include <ParvelaKit/MessageGate.h>
 
-#include <gmock/gmock.h>
-
 namespace parvela {
 namespace {
 

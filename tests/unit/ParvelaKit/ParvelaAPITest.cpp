@@ -25,12 +25,11 @@ std::string urlText(std::string_view base, const Endpoint& endpoint) {
 
 TEST(ParvelaAPI, placesPathsBelowTheBase) {
     const std::string invalid = APIError::invalidURL().message();
-    struct Case {
+    const struct {
         std::string_view base;
         Endpoint endpoint;
         std::string url;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"http://127.0.0.1:3213", Endpoint::me(), "http://127.0.0.1:3213/api/v1/me"},
         {"http://127.0.0.1:3213/", Endpoint::me(), "http://127.0.0.1:3213/api/v1/me"},
         {"https://x.example/x/", Endpoint::task("T-12"), "https://x.example/x/api/v1/tasks/T-12"},
@@ -47,7 +46,7 @@ TEST(ParvelaAPI, placesPathsBelowTheBase) {
         {"http:///path", Endpoint::me(), invalid},
         {"mailto:a@x.example", Endpoint::me(), invalid},
     };
-    for (const Case& test : cases) EXPECT_EQ(urlText(test.base, test.endpoint), test.url) << test.base;
+    for (const auto& test : cases) EXPECT_EQ(urlText(test.base, test.endpoint), test.url) << test.base;
 }
 
 std::string headerLines(const HttpRequest& request) {
@@ -94,13 +93,12 @@ TEST(ParvelaAPI, sendsNothingWithoutAToken) {
 
 TEST(ParvelaAPI, mapsEveryOutcome) {
     const std::string said = R"({"error":{"message":"Said."}})";
-    struct Case {
+    const struct {
         int status;
         std::string body;
         APIError error;
         std::vector<HttpHeader> headers = {};
-    };
-    const Case cases[] = {
+    } cases[] = {
         {200, "", APIError::invalidResponse()},
         {204, "", APIError::invalidResponse()},
         {200, R"({"ok":1})", APIError::invalidResponse()},
@@ -122,7 +120,7 @@ TEST(ParvelaAPI, mapsEveryOutcome) {
         {300, "{}", APIError::server(300, "")},
         {418, said, APIError::server(418, "Said.")},
     };
-    for (const Case& test : cases) {
+    for (const auto& test : cases) {
         FakeTransport script;
         script.answer(revoke, test.status, test.body, test.headers);
         const auto result =

@@ -1,34 +1,17 @@
-#include "support/FakeClock.h"
-#include "support/FakeSecretStore.h"
 #include "support/FakeSleep.h"
-#include "support/FakeTransport.h"
-#include "support/MemoryStore.h"
+#include "support/LinkedDevice.h"
+#include "support/TemporaryFolder.h"
 
 #include <ParvelaKit/Json/Decoder.h>
 #include <ParvelaKit/Json/Encoder.h>
 #include <ParvelaKit/ParvelaIntents.h>
 #include <ParvelaKit/Records.h>
 
-#include <filesystem>
-
 namespace parvela {
 namespace {
 
-class ParvelaIntentsTest : public testing::Test {
+class ParvelaIntentsTest : public testing::Test, protected test::LinkedDevice {
 protected:
-    ParvelaIntentsTest() {
-        store_->set("serverMode", std::string("custom"));
-        store_->set("customAppURL", std::string("https://app.test"));
-        store_->set("customAPIURL", std::string("https://api.test"));
-        TokenStore(secrets_).save("tk_1", *Url::parse("https://api.test")).detach();
-    }
-    ~ParvelaIntentsTest() override { std::filesystem::remove_all(folder_); }
-
-    static std::filesystem::path makeFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "parvela-intents-XXXXXX").string();
-        return ::mkdtemp(pattern.data());
-    }
-
     /// The dialog, or the error's text.
     template <class Intent>
     std::string perform(Intent intent) {
@@ -38,39 +21,33 @@ protected:
         return result ? result->dialog : result.error().message;
     }
 
-    void answerTask(const TaskSummary& task) { network_.answer("GET /api/v1/tasks/TSK-42", 200, json::encode(task)); }
+    void answerTask(const TaskSummary& task) { network.answer("GET /api/v1/tasks/TSK-42", 200, json::encode(task)); }
 
-    std::shared_ptr<test::MemoryStore> store_ = std::make_shared<test::MemoryStore>();
-    std::shared_ptr<test::FakeSecretStore> secrets_ = std::make_shared<test::FakeSecretStore>();
-    std::shared_ptr<test::FakeClock> clock_ = std::make_shared<test::FakeClock>();
-    test::FakeTransport network_;
     test::FakeSleep sleep_;
-    std::filesystem::path folder_ = makeFolder();
-    OfflineQueue queue_{{.file = folder_ / "queue.db",
-                         .clock = clock_.get(),
+    test::TemporaryFolder folder_;
+    OfflineQueue queue_{{.file = folder_.path() / "queue.db",
+                         .clock = clock.get(),
                          .random = [] { return 0.5; },
                          .sleep = sleep_.function()}};
     std::vector<std::string> opened_;
-    ParvelaSession session_{Preferences(store_), TokenStore(secrets_), network_.transport(), clock_};
-    ParvelaIntents intents_{session_, queue_, [this](const Url& url) { opened_.push_back(url.text()); }};
+    ParvelaIntents intents_{session(), queue_, [this](const Url& url) { opened_.push_back(url.text()); }};
 };
 
 TEST_F(ParvelaIntentsTest, addsATaskFromALineAndItsFields) {
-    store_->set("defaultBoardID", std::string("b9"));
-    struct Case {
+    store->set("defaultBoardID", std::string("b9"));
+    const struct {
         AddTaskIntent intent;
         const char* body;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{.title = "Ship it tomorrow !low", .board = BoardEntity{"b1", "Work"}},
          R"({"board":"b1","due_date":"2026-06-11","priority":"low","title":"Ship it"})"},
         {{.title = "Ship it tomorrow !low", .dueDate = CivilDate{2026, 12, 1}, .priority = TaskPriorityOption::urgent},
          R"({"board":"b9","due_date":"2026-12-01","priority":"urgent","title":"Ship it"})"},
     };
-    for (const Case& test : cases) {
-        network_.answer("POST /api/v1/tasks", 201, json::encode(TaskSummary{.key = "TSK-42", .title = "Ship it"}));
+    for (const auto& test : cases) {
+        network.answer("POST /api/v1/tasks", 201, json::encode(TaskSummary{.key = "TSK-42", .title = "Ship it"}));
         EXPECT_EQ(perform(test.intent), "Added TSK-42: Ship it");
-        EXPECT_EQ(network_.requests().back().body, test.body);
+        EXPECT_EQ(network.requests().back().body, test.body);
     }
 }
 
@@ -78,11 +55,11 @@ TEST_F(ParvelaIntentsTest, saysWhyATaskWasNotAdded) {
     EXPECT_EQ(perform(AddTaskIntent{.title = "Brief"}), "Pick a default board in Parvela Settings first.");
     const BoardEntity board{"b1", "Work"};
     EXPECT_EQ(perform(AddTaskIntent{.title = "tomorrow", .board = board}), "Give the task a title.");
-    EXPECT_TRUE(network_.requests().empty());
+    EXPECT_TRUE(network.requests().empty());
 
-    network_.answer("POST /api/v1/tasks", 404, R"({"error":{"message":"No such board."}})");
+    network.answer("POST /api/v1/tasks", 404, R"({"error":{"message":"No such board."}})");
     EXPECT_EQ(perform(AddTaskIntent{.title = "Brief", .board = board}), "No such board.");
-    network_.fail("POST /api/v1/tasks", TransportError::unreachable);
+    network.fail("POST /api/v1/tasks", TransportError::unreachable);
     EXPECT_EQ(perform(AddTaskIntent{.title = "Brief", .board = board}),
               "Saved. It will be added when you are back online.");
     EXPECT_EQ(queue_.status().get().waiting, 1U);
@@ -104,7 +81,7 @@ TEST_F(ParvelaIntentsTest, namesAtMostFiveOpenTasksDueToday) {
          "7 tasks due today: A; B; C; D; E"},
     };
     for (const auto& [tasks, dialog] : cases) {
-        network_.answer("GET /api/v1/tasks?due=today", 200, json::encode(TasksResponse{.tasks = tasks}));
+        network.answer("GET /api/v1/tasks?due=today", 200, json::encode(TasksResponse{.tasks = tasks}));
         EXPECT_EQ(perform(ShowTasksDueTodayIntent{}), dialog);
     }
 }
@@ -112,15 +89,15 @@ TEST_F(ParvelaIntentsTest, namesAtMostFiveOpenTasksDueToday) {
 TEST_F(ParvelaIntentsTest, opensATasksPageInTheWebAppOnly) {
     answerTask({.url = "/t/TSK-42"});
     EXPECT_EQ(perform(OpenTaskIntent{"TSK-42"}), "Open TSK-42");
-    EXPECT_EQ(opened_, std::vector<std::string>{"https://app.test/t/TSK-42"});
+    EXPECT_EQ(opened_, std::vector<std::string>{"http://localhost:3100/t/TSK-42"});
     for (const char* url : {"https://evil.test/t/1", "//evil.test", "javascript:alert(1)", "file:///etc/passwd"}) {
         answerTask({.url = url});
         EXPECT_EQ(perform(OpenTaskIntent{"TSK-42"}), APIError::invalidResponse().message()) << url;
     }
     answerTask({.key = "TSK-42"});
     EXPECT_EQ(perform(OpenTaskIntent{"TSK-42"}), "Open TSK-42");
-    EXPECT_EQ(opened_.back(), "https://app.test/t/TSK-42") << "its own place, when the service names none";
-    network_.answer("GET /api/v1/tasks/TSK-42", 404);
+    EXPECT_EQ(opened_.back(), "http://localhost:3100/t/TSK-42") << "its own place, when the service names none";
+    network.answer("GET /api/v1/tasks/TSK-42", 404);
     EXPECT_EQ(perform(OpenTaskIntent{"TSK-42"}), "Not found.");
     EXPECT_EQ(opened_.size(), 2U);
 }
@@ -128,31 +105,31 @@ TEST_F(ParvelaIntentsTest, opensATasksPageInTheWebAppOnly) {
 TEST_F(ParvelaIntentsTest, completesATaskEvenWhenItIsDone) {
     for (const bool done : {false, true}) {
         answerTask({.title = "Brief", .done = done});
-        network_.answer("PATCH /api/v1/tasks/TSK-42", 200, json::encode(TaskSummary{.title = "Renamed", .done = true}));
+        network.answer("PATCH /api/v1/tasks/TSK-42", 200, json::encode(TaskSummary{.title = "Renamed", .done = true}));
         EXPECT_EQ(perform(CompleteTaskIntent{"TSK-42"}), "Done: Brief");
-        EXPECT_EQ(network_.requests().back().body, R"({"done":true})");
+        EXPECT_EQ(network.requests().back().body, R"({"done":true})");
     }
     answerTask({.title = "Brief"});
-    network_.answer("PATCH /api/v1/tasks/TSK-42", 403);
+    network.answer("PATCH /api/v1/tasks/TSK-42", 403);
     EXPECT_EQ(perform(CompleteTaskIntent{"TSK-42"}), APIError::forbidden("").message());
 }
 
 TEST_F(ParvelaIntentsTest, findsBoardsByTheirIds) {
     const BoardsResponse boards{.boards = {{.id = "b1", .name = "Work"}, {.id = "b2", .name = "Home"}}};
-    for (int i = 0; i < 2; ++i) network_.answer("GET /api/v1/boards", 200, json::encode(boards));
+    for (int i = 0; i < 2; ++i) network.answer("GET /api/v1/boards", 200, json::encode(boards));
     EXPECT_EQ(*intents_.suggestedBoards().result(), (std::vector<BoardEntity>{{"b1", "Work"}, {"b2", "Home"}}));
     EXPECT_EQ(*intents_.boards({"b2", "gone"}).result(), (std::vector<BoardEntity>{{"b2", "Home"}}));
 }
 
 TEST_F(ParvelaIntentsTest, worksOnlyWithAToken) {
-    secrets_->secrets.clear();
+    unlink();
     const std::string missing = APIError::missingToken().message();
     EXPECT_EQ(perform(AddTaskIntent{.title = "Brief"}), missing);
     EXPECT_EQ(perform(ShowTasksDueTodayIntent{}), missing);
     EXPECT_EQ(perform(OpenTaskIntent{"TSK-42"}), missing);
     EXPECT_EQ(perform(CompleteTaskIntent{"TSK-42"}), missing);
     EXPECT_TRUE(intents_.suggestedBoards().result()->empty());
-    EXPECT_TRUE(network_.requests().empty());
+    EXPECT_TRUE(network.requests().empty());
 }
 
 TEST(ParvelaIntents, areDescribedForTools) {

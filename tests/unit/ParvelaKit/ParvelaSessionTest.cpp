@@ -1,9 +1,4 @@
-#include "support/FakeClock.h"
-#include "support/FakeSecretStore.h"
-#include "support/FakeTransport.h"
-#include "support/MemoryStore.h"
-
-#include <ParvelaKit/ParvelaSession.h>
+#include "support/LinkedDevice.h"
 
 namespace parvela {
 namespace {
@@ -12,15 +7,16 @@ Url url(std::string_view text) {
     return Url::parse(text).value();
 }
 
-class ParvelaSessionTest : public testing::Test {
+class ParvelaSessionTest : public testing::Test, protected test::LinkedDevice {
 protected:
     ParvelaSessionTest() {
+        unlink();
         store->set("serverMode", std::string("custom"));
         store->set("customAppURL", std::string("https://app.test:8443"));
         store->set("customAPIURL", std::string("https://typed.test"));
     }
 
-    static BridgeMessage::Link link(std::string token = "tk_device", std::string_view base = "https://api.test") {
+    static BridgeMessage::Link linkWith(std::string token = "tk_device", std::string_view base = "https://api.test") {
         return {std::move(token), url(base), "w1", "Workspace", std::nullopt};
     }
     std::string tokenOf(const std::string& account) {
@@ -28,15 +24,11 @@ protected:
         return found == secrets->secrets.end() ? "none" : found->second;
     }
 
-    std::shared_ptr<test::MemoryStore> store = std::make_shared<test::MemoryStore>();
-    std::shared_ptr<test::FakeSecretStore> secrets = std::make_shared<test::FakeSecretStore>();
-    std::shared_ptr<test::FakeClock> clock = std::make_shared<test::FakeClock>();
-    test::FakeTransport network;
-    ParvelaSession session{Preferences(store), TokenStore(secrets), network.transport(), clock};
+    ParvelaSession session = LinkedDevice::session();
 };
 
 TEST_F(ParvelaSessionTest, aLinkBringsItsTokenItsRecordAndItsApiSite) {
-    ASSERT_TRUE(session.adoptLink(link(), url("https://APP.test:8443/deep?x")).result());
+    ASSERT_TRUE(session.adoptLink(linkWith(), url("https://APP.test:8443/deep?x")).result());
     EXPECT_EQ(session.linkInfo(), (LinkInfo{url("https://api.test"), "w1", "Workspace", std::nullopt, clock->now()}));
     EXPECT_EQ(session.server().apiURL.text(), "https://api.test");
     EXPECT_EQ(tokenOf("api.test"), "tk_device");
@@ -49,7 +41,7 @@ TEST_F(ParvelaSessionTest, aLinkBringsItsTokenItsRecordAndItsApiSite) {
 TEST_F(ParvelaSessionTest, aPageOfAnotherOriginCannotLink) {
     const auto before = store->values;
     for (const char* sender : {"https://app.test/", "http://app.test:8443/", "https://evil.test:8443/", "file:///x"}) {
-        const auto outcome = session.adoptLink(link(), url(sender)).result();
+        const auto outcome = session.adoptLink(linkWith(), url(sender)).result();
         ASSERT_FALSE(outcome) << sender;
         EXPECT_EQ(outcome.error(), LinkError::wrongOrigin());
     }
@@ -59,10 +51,10 @@ TEST_F(ParvelaSessionTest, aPageOfAnotherOriginCannotLink) {
 }
 
 TEST_F(ParvelaSessionTest, aTokenThatCannotBeSavedLeavesTheEarlierLink) {
-    ASSERT_TRUE(session.adoptLink(link(), std::nullopt).result());
+    ASSERT_TRUE(session.adoptLink(linkWith(), std::nullopt).result());
     const auto before = store->values;
     secrets->fail("update", SecretStatus::locked);
-    const auto outcome = session.adoptLink(link("tk_other", "https://other.test"), std::nullopt).result();
+    const auto outcome = session.adoptLink(linkWith("tk_other", "https://other.test"), std::nullopt).result();
     ASSERT_FALSE(outcome);
     EXPECT_EQ(outcome.error().message(), "Couldn't save to the Keychain (error -25308).");
     EXPECT_EQ(store->values, before);
@@ -71,7 +63,7 @@ TEST_F(ParvelaSessionTest, aTokenThatCannotBeSavedLeavesTheEarlierLink) {
 
 TEST_F(ParvelaSessionTest, aLinkBelongsToTheWebAppThatWasInForceWhenItWasAskedFor) {
     secrets->hold();
-    auto adopting = session.adoptLink(link(), url("https://app.test:8443"));
+    auto adopting = session.adoptLink(linkWith(), url("https://app.test:8443"));
     store->set("serverMode", std::string("local"));
     secrets->release();
     ASSERT_TRUE(std::move(adopting).result());
@@ -101,7 +93,7 @@ TEST_F(ParvelaSessionTest, pastedTextsAreCheckedBeforeAnythingIsStored) {
 
 class UnlinkTest : public ParvelaSessionTest {
 protected:
-    UnlinkTest() { std::move(session.adoptLink(link(), std::nullopt)).result().value(); }
+    UnlinkTest() { std::move(session.adoptLink(linkWith(), std::nullopt)).result().value(); }
 
     void expectForgotten() {
         EXPECT_EQ(tokenOf("api.test"), "none");
@@ -154,7 +146,7 @@ TEST_F(UnlinkTest, withoutATokenTheServiceIsNotAsked) {
 TEST_F(UnlinkTest, aLinkMadeMeanwhileStays) {
     const auto revoking = network.hold("POST /api/v1/token/revoke");
     auto unlinking = session.unlink();
-    ASSERT_TRUE(session.adoptLink(link("tk_new"), std::nullopt).result());
+    ASSERT_TRUE(session.adoptLink(linkWith("tk_new"), std::nullopt).result());
     revoking.resolve(test::FakeTransport::ok(R"({"ok":true})"));
     ASSERT_TRUE(unlinking.done());
     EXPECT_EQ(tokenOf("api.test"), "tk_new");

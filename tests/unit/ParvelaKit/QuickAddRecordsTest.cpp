@@ -6,12 +6,11 @@ namespace {
 using Freq = QuickAddRepeat::Freq;
 
 TEST(QuickAddRecords, rendersRepeatRules) {
-    struct Case {
+    const struct {
         QuickAddRepeat rule;
         const char* text;
         const char* display;
-    };
-    const std::vector<Case> cases{
+    } cases[] = {
         {{Freq::daily}, "daily", "Every day"},
         {{Freq::weekdays}, "weekdays", "Every weekday"},
         {{Freq::weekly}, "weekly:", "Every "},

@@ -34,11 +34,10 @@ Result<QuickAddService::Outcome, QuickAddFailure> run(QuickAddSubmission submiss
 }
 
 TEST(QuickAddService, sendsWhatTheLineAndTheFieldsSay) {
-    struct Case {
+    const struct {
         QuickAddSubmission submission;
         const char* body;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{.line = "Write brief tomorrow 5pm !high @Robin #ux"},
          R"({"assignees":["robin"],"board":"b1","due_date":"2026-06-13","due_time":"17:00","labels":["ux"],)"
          R"("priority":"high","title":"Write brief"})"},
@@ -52,7 +51,7 @@ TEST(QuickAddService, sendsWhatTheLineAndTheFieldsSay) {
         {{.line = "Read tomorrow", .literalRanges = {{5, 13}}},
          R"({"board":"b1","priority":"none","title":"Read tomorrow"})"},
     };
-    for (const Case& test : cases) {
+    for (const auto& test : cases) {
         FakeTransport script;
         script.answer(createTask, 201, created("x"));
         const auto outcome = run(test.submission, script);
@@ -86,17 +85,16 @@ TEST(QuickAddService, saysThatARepeatRuleIsNotSent) {
 }
 
 TEST(QuickAddService, leavesUnresolvedNamesInTheTitleOnce) {
-    struct Case {
+    const struct {
         int secondStatus;
         std::string secondBody;
         const char* ending;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {201, created("x"), "The board has no label \u201cux\u201d. Left it in the title."},
         {422, refused("No one called Sam."), "No one called Sam."},
         {500, "", "Parvela had a problem (HTTP 500). Try again."},
     };
-    for (const Case& test : cases) {
+    for (const auto& test : cases) {
         FakeTransport script;
         script.answer(createTask, 422, refused("The board has no label \u201cux\u201d."));
         script.answer(createTask, test.secondStatus, test.secondBody);

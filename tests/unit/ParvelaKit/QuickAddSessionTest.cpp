@@ -186,11 +186,10 @@ TEST_F(QuickAddSessionTest, aDraftComesBackWithItsPlainPieces) {
 }
 
 TEST_F(QuickAddSessionTest, offersTheNamesThatFit) {
-    struct Case {
+    const struct {
         const char* typed;
         std::vector<std::string> offers;
-    };
-    const std::vector<Case> cases{
+    } cases[] = {
         {"call", {}},
         {"@", {"@Robin", "@Rosa", "@José", "@Mary", "@SamSmith", "@SamStone"}},
         {"ask @ro", {"@Robin", "@Rosa"}},
@@ -350,13 +349,12 @@ TEST_F(QuickAddSessionTest, staysConsistentWhateverTheUserDoes) {
 
 TEST(LiteralRanges, followEveryEdit) {
     using QuickAdd::changeBetween;
-    struct Case {
+    const struct {
         const char16_t* before;
         const char16_t* after;
         std::size_t caret;
         std::vector<QuickAddRange> expected;  // of 2 … 5 in the text before
-    };
-    const std::vector<Case> cases{
+    } cases[] = {
         {u"a bcd e", u"xa bcd e", 1, {{3, 6}}},
         {u"a bcd e", u"a xbcd e", 3, {{3, 6}}},
         {u"a bcd e", u"a bxcd e", 4, {{2, 6}}},

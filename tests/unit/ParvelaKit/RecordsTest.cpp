@@ -55,11 +55,10 @@ TEST(RecordDecoding, objectsOfOneListMayOrderTheirKeysDifferently) {
 }
 
 TEST(RecordDecoding, acceptsWhatTheRulesAllow) {
-    struct Case {
+    const struct {
         const char* why;
         std::string json;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"absent optionals", summaryWith("")},
         {"null optionals",
          summaryWith(R"(,"due_date":null,"due_time":null,"url":null,"description":null,"label_tags":null)")},
@@ -70,7 +69,7 @@ TEST(RecordDecoding, acceptsWhatTheRulesAllow) {
     };
     const auto expected = json::decode<TaskSummary>(summaryWith(""));
     ASSERT_TRUE(expected);
-    for (const Case& test : cases) EXPECT_EQ(json::decode<TaskSummary>(test.json), expected) << test.why;
+    for (const auto& test : cases) EXPECT_EQ(json::decode<TaskSummary>(test.json), expected) << test.why;
 
     EXPECT_EQ(json::decode<TaskSummary>(summaryWith(R"(,"title":"Second")"))->title, "Second");
     EXPECT_EQ(json::decode<TaskSummary>(summaryWith(R"(,"url":"/t/1","url":null)"))->url, std::nullopt);
@@ -79,11 +78,10 @@ TEST(RecordDecoding, acceptsWhatTheRulesAllow) {
 
 TEST(RecordDecoding, refusesWhatIsNotTheRecord) {
     const std::string deep = std::string(100'000, '[') + std::string(100'000, ']');
-    struct Case {
+    const struct {
         const char* why;
         std::string json;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"nothing", ""},
         {"blanks", "  "},
         {"another type", "[]"},
@@ -110,7 +108,7 @@ TEST(RecordDecoding, refusesWhatIsNotTheRecord) {
         {"nesting that never closes", summaryWith(",\"x\":" + std::string(1'000'000, '['))},
         {"a trailing comma", summaryWith(",")},
     };
-    for (const Case& test : cases) EXPECT_FALSE(json::decode<TaskSummary>(test.json)) << test.why;
+    for (const auto& test : cases) EXPECT_FALSE(json::decode<TaskSummary>(test.json)) << test.why;
 }
 
 TEST(RecordDecoding, readsIntegersExactlyOrNotAtAll) {

@@ -1,8 +1,6 @@
 #include <ParvelaKit/TaskIndex.h>
 
 #include <fmt/format.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace parvela {
 namespace {

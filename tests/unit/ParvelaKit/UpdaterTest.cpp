@@ -8,9 +8,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include <sodium.h>
 
