@@ -1,13 +1,11 @@
 """What the tests of the command stand on: a private bus, keyring and home folder without a display, and a scripted service."""
 
-import contextlib
-import http.server
 import json
-import threading
 import unittest
 
 from harness import programs
 from harness.session import Session
+from harness.site import Server
 
 TOKEN = "tk_secret0123456789"
 
@@ -25,54 +23,26 @@ class CommandSession(Session):
         pass
 
 
-class Service:
+class Service(Server):
     """An API site that answers as told and keeps what it was asked. Paths stand without "/api/v1"."""
 
     def __init__(self):
         self.answers = {}  # (method, path) -> (status, object) or a function of the request's object that gives it
         self.requests = []  # (method, path, object or None)
         self.tokens = []
-        service = self
+        super().__init__()
 
-        class Handler(http.server.BaseHTTPRequestHandler):
-            protocol_version = "HTTP/1.1"
-
-            def answer(self):
-                body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
-                path = self.path.removeprefix("/api/v1")
-                content = json.loads(body) if body else None
-                service.requests.append((self.command, path, content))
-                service.tokens.append(self.headers.get("Authorization"))
-                answer = service.answers.get((self.command, path), (404, {"error": {"message": f"No {self.command} {path}."}}))
-                status, value = answer(content) if callable(answer) else answer
-                data = json.dumps(value).encode()
-                self.send_response(status)
-                self.send_header("Content-Length", str(len(data)))
-                self.end_headers()
-                with contextlib.suppress(BrokenPipeError):  # a client need not wait for its answer
-                    self.wfile.write(data)
-
-            do_GET = do_POST = do_PATCH = do_DELETE = answer
-
-            def log_message(self, *_):
-                pass
-
-        self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-        self._server.daemon_threads = True
-        self._thread = threading.Thread(target=self._server.serve_forever, daemon=True)
-        self._thread.start()
-
-    @property
-    def url(self):
-        return f"http://127.0.0.1:{self._server.server_port}"
+    def answer(self, method, path, headers, body):
+        path = path.removeprefix("/api/v1")
+        content = json.loads(body) if body else None
+        self.requests.append((method, path, content))
+        self.tokens.append(headers.get("Authorization"))
+        answer = self.answers.get((method, path), (404, {"error": {"message": f"No {method} {path}."}}))
+        status, value = answer(content) if callable(answer) else answer
+        return status, {"Content-Type": "application/json"}, json.dumps(value).encode()
 
     def sent(self, method, path):
         return [content for one, where, content in self.requests if (one, where) == (method, path)]
-
-    def stop(self):
-        self._server.shutdown()
-        self._server.server_close()
-        self._thread.join()
 
 
 def task(key="TSK-42", title="Write brief", **changes):
@@ -98,7 +68,7 @@ class CommandCase(unittest.TestCase):
 
     def setUp(self):
         self.service = Service()
-        self.addCleanup(self.service.stop)
+        self.addCleanup(self.service.close)
         self.settings = {"ParvelaAPIURL": self.service.url}
         self.write_settings()
 

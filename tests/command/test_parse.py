@@ -15,16 +15,10 @@ def parvela(*arguments, stdin=None):
 class Parse(unittest.TestCase):
     def test_one_line(self):
         run = parvela("parse", "--today", "2026-11-21", "Write", "brief", "tomorrow", "9am", "!high", "#home")
-        self.assertEqual((run.returncode, run.stdout), (
-            0, "Write brief tomorrow 9am !high #home\n"
-               "            ^^^^^^^^ ^^^ ^^^^^ ^^^^^ label: home\n"
-               "            |        |   |\n"
-               "            |        |   priority: High\n"
-               "            |        time: 9 AM\n"
-               "            date: Tomorrow\n"
-               "\n"
-               "title     Write brief\ndate      Tomorrow (2026-11-22)\ntime      9 AM (09:00)\n"
-               "priority  High\nlabel     home\n"))
+        lines = run.stdout.splitlines()
+        self.assertEqual((run.returncode, lines[0], lines[-5:]), (
+            0, "Write brief tomorrow 9am !high #home",
+            ["title     Write brief", "date      Tomorrow (2026-11-22)", "time      9 AM (09:00)", "priority  High", "label     home"]))
         self.assertEqual(json.loads(parvela("parse", "--json", "--today", "2026-11-21", "Zoë tomorrow every fri").stdout), {
             "title": "Zoë", "assigneeIds": [], "labelIds": [], "priority": "none", "dueDate": "2026-11-22", "dueTime": None,
             "repeat": {"freq": "weekly", "weekdays": [5], "monthDay": None, "rule": "weekly:5", "display": "Every Fri"},

@@ -30,10 +30,7 @@ class NoKeyring(DesktopTest):
     keyring = Keyring.absent
 
     def test_the_page_works_and_a_refused_link_is_said_plainly(self):
-        self.use_service()
-        self.use_application()
-        self.app.start()
-        page = self.app.page(self.service.web_url)
+        page = self.start_signed_out()
         page.press("Explore the demo")
         page.press("Allow")
         self.accessibility().wait_for(contains="Couldn't save to the Keychain (error -")
@@ -45,21 +42,14 @@ class LockedKeyring(DesktopTest):
     keyring = Keyring.locked
 
     def test_the_start_neither_waits_nor_asks_for_a_password(self):
-        self.use_service()
-        self.use_application()
-        self.app.start()
-        page = self.app.page(self.service.web_url)
-        page.wait_for_text("Sign in to Parvela")
+        self.start_signed_out()
         stays_true(lambda: all("parvela" in str(window.wm_class).lower() for window in windows.windows(self.session)),
                    "only Parvela's own windows are there", duration=1.5)
 
 
 class NoSessionBus(DesktopTest):
     def test_windows_settings_and_quick_add_come_up(self):
-        self.use_service()
-        self.use_application()
-        self.app.start(env={"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere/bus"})
-        self.app.page(self.service.web_url).wait_for_text("Sign in to Parvela")
+        self.start_signed_out(env={"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere/bus"})
         self.app.wait_for_window().activate()
         windows.press(self.session, "ctrl+comma")
         self.app.wait_for_window(lambda one: one.title == "Parvela Settings", "the Settings window")
@@ -97,7 +87,6 @@ class LostParts(DesktopTest):
         return gone
 
     def test_a_page_that_dies_comes_back_and_one_that_keeps_dying_is_left_alone(self):
-        self.use_service()
         self.use_application()
         self.app.start()
         self.app.wait_for_window(lambda one: one.title.startswith("Sign in"), "the page")

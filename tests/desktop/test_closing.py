@@ -2,7 +2,6 @@
 
 from harness import windows
 from harness.case import DesktopTest
-from harness.site import Site
 from harness.waiting import stays_true, wait_until
 
 _PAGE = """<!doctype html><title>{title}</title><input autofocus style="position:fixed; inset:0; width:100%; height:100%">
@@ -14,13 +13,9 @@ _REFUSES = "event.preventDefault(); event.returnValue = 'x';"
 class Closing(DesktopTest):
     def show(self, handler=_REFUSES, typed=""):
         """One window with a page into which something has been typed: only such a page may ask its user."""
-        site = Site({"/": _PAGE.format(title="Draft", handler=handler, typed=typed)})
-        self.addCleanup(site.close)
-        self.use_application(site.url, site.url)
-        self.app.start()
+        self.page = self.start_site({"/": _PAGE.format(title="Draft", handler=handler, typed=typed)})
         self.window = self.app.wait_for_window(lambda one: one.title == "Draft")
         windows.wait_until_painted(self.window, least_colours=2)
-        self.page = self.app.page(site.url)
         self.window.activate()
         self.window.click(400, 400)
         windows.type_text(self.session, "a")

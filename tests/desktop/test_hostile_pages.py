@@ -1,12 +1,10 @@
 """Pages that mean harm: what they can reach, how long they can hold up the window, and where their wishes end."""
 
-import base64
 import json
 import time
 
 from harness import windows
 from harness.case import DesktopTest
-from harness.site import Site
 from harness.waiting import stays_true, wait_until
 
 _POST = "webkit.messageHandlers.parvela.postMessage"
@@ -16,22 +14,17 @@ _LINK = "{ type: 'link', token: 'tk_0123456789abcdefghijklmnopqrstuv', apiBase: 
 class HostilePages(DesktopTest):
     def show(self, body="", **more):
         """Shows a page with this body; `more` are other paths of the site, which is the application's own server."""
-        self.site = Site({"/": f"<!doctype html><title>Ours</title>{body}", **{f"/{name}": page for name, page in more.items()}})
-        self.addCleanup(self.site.close)
-        self.use_application(self.site.url, self.site.url)
-        self.app.start()
+        page = self.start_site({"/": f"<!doctype html><title>Ours</title>{body}", **{f"/{name}": text for name, text in more.items()}})
         self.window = self.app.wait_for_window(lambda one: one.title == "Ours")
         self.window.activate()
-        return self.app.page(self.site.url)
+        return page
 
     def tabs(self):
-        state = self.app.settings().get("macWindowState")
-        return [tab for group in json.loads(base64.b64decode(state["data"]))["groups"] for tab in group["tabs"]] if state else []
+        return [tab for group in self.app.saved_windows() for tab in group["tabs"]]
 
     def test_only_the_main_frame_of_the_web_app_is_heard(self):
         # Another port of the same machine may be shown, but it is not the web app.
-        other = Site({"/": "<!doctype html><title>Theirs</title>"})
-        self.addCleanup(other.close)
+        other = self.use_site({"/": "<!doctype html><title>Theirs</title>"})
         page = self.show(f"<iframe src='{other.url}/'></iframe><iframe src='/frame'></iframe>",
                          frame=f"<script>try {{ {_POST}({_LINK % 'https://api.test'}) }} catch (e) {{ parent.caught = e.name }}</script>")
         wait_until(lambda: page.evaluate("window.caught") == "ReferenceError", "the frame to find no handler")

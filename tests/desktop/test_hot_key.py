@@ -7,7 +7,6 @@ from harness.application import APP_ID
 from harness.case import DesktopTest
 from harness.waiting import stays_true, wait_until
 
-QUICK_ADD = "Parvela Quick Add"
 SHORTCUT = "ctrl+alt+space"
 
 # Another program that owns the shortcut: it grabs the key for good.
@@ -25,11 +24,8 @@ time.sleep(1000)
 
 
 class HotKeyTest(DesktopTest):
-    def popover(self):
-        return next((window for window in self.app.windows() if window.title == QUICK_ADD), None)
-
     def wait_for_popover(self):
-        popover = self.app.wait_for_window(lambda window: window.title == QUICK_ADD, "the popover")
+        popover = wait_until(self.app.quick_add, "the popover", timeout=30)
         wait_until(lambda: windows.active_window(self.session) == popover.id, "the popover to be active")
         return popover
 
@@ -58,7 +54,7 @@ class FromAnotherProgram(HotKeyTest):
         card = wait_until(lambda: self.person.find_card("Call the printer"), "the task")
         self.assertEqual("high", card["priority"])
         windows.press(self.session, SHORTCUT)
-        wait_until(lambda: not self.popover(), "the popover to close")
+        wait_until(lambda: not self.app.quick_add(), "the popover to close")
         wait_until(lambda: windows.active_window(self.session) == other.id, "the other window to be active again")
         stacking = self.stacking()
         self.assertLess(stacking.index(main.id), stacking.index(other.id), "the main window stays behind")
@@ -74,7 +70,7 @@ class FromAnotherProgram(HotKeyTest):
         self.wait_for_popover()
         windows.type_text(self.session, "half a thought")
         windows.press(self.session, SHORTCUT)
-        wait_until(lambda: not self.popover(), "the popover to close")
+        wait_until(lambda: not self.app.quick_add(), "the popover to close")
         windows.press(self.session, SHORTCUT)
         self.wait_for_popover()
         tree = self.accessibility()
@@ -87,35 +83,32 @@ class Registration(HotKeyTest):
         self.session.start(sys.executable, "-c", GRABBER, name="grabber")
         wait_until(lambda: "grabbed" in self.session.logs(), "the other program's grab")
         self.use_bus()
-        self.use_service()
         self.use_application()
         self.app.start("--background")
         wait_until(lambda: self._answers(), "the program")
         windows.press(self.session, SHORTCUT)
-        stays_true(lambda: not self.popover(), "the shortcut belongs to the other program")
+        stays_true(lambda: not self.app.quick_add(), "the shortcut belongs to the other program")
         self.bus.activate(APP_ID, "showSettings")
         self.app.wait_for_window(lambda window: window.title == "Parvela Settings", "Settings")
         self.accessibility().wait_for(contains="That shortcut is already used by another app. Pick a different one.")
 
     def test_is_off_when_switched_off(self):
         self.use_bus()
-        self.use_service()
         self.use_application()
         self.app.change_settings(hotKeyEnabled=False)
         self.app.start("--background")
         wait_until(lambda: self._answers(), "the program")
         windows.press(self.session, SHORTCUT)
-        stays_true(lambda: not self.popover(), "no shortcut is taken")
+        stays_true(lambda: not self.app.quick_add(), "no shortcut is taken")
 
     def test_follows_the_settings(self):
-        self.use_service()
         self.use_application()
         self.app.change_settings(hotKeyCode=0, hotKeyModifiers=0x0300)  # Super, Shift and the key of A
         self.app.start("--background")
 
         def pressed():
             windows.press(self.session, "super+shift+a")
-            return self.popover()
+            return self.app.quick_add()
 
         wait_until(pressed, "the popover", interval=1)
 
@@ -125,12 +118,11 @@ class Registration(HotKeyTest):
 
 class Command(HotKeyTest):
     def test_shows_quick_add_and_starts_the_program_for_it(self):
-        self.use_service()
         self.use_application()
         self.session.start(programs.path("parvela"), "quick-add")
         self.wait_for_popover()
-        self.assertEqual([QUICK_ADD], [window.title for window in self.app.windows()])
+        self.assertEqual(["Parvela Quick Add"], [window.title for window in self.app.windows()])
         windows.press(self.session, "Escape")
-        wait_until(lambda: not self.popover(), "the popover to close")
+        wait_until(lambda: not self.app.quick_add(), "the popover to close")
         self.assertEqual(0, self.app.command("quick-add").returncode)
         self.wait_for_popover()

@@ -9,7 +9,6 @@ from harness.waiting import stays_true, wait_until
 
 class MainJob(DesktopTest):
     def test_sign_in_link_and_add_a_task_from_the_terminal(self):
-        self.use_service()
         self.use_application()
         self.app.start()
         window = self.app.wait_for_window()

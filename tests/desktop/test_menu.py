@@ -3,24 +3,17 @@
 from harness import windows
 from harness.application import APP_ID
 from harness.case import DesktopTest
-from harness.site import Site
 from harness.waiting import wait_until
 
 _APPLICATION = "/app/parvela/Parvela"
 
 
 class Menu(DesktopTest):
-    def call(self, path, method, *arguments):
-        result = self.session.run("gdbus", "call", "--session", "--dest", APP_ID, "--object-path", path, "--method",
-                                  f"org.gtk.Actions.{method}", *arguments)
-        self.assertEqual(0, result.returncode, result.stderr)
-        return result.stdout
-
     def activate(self, name, value="[]", path=f"{_APPLICATION}/window/1"):
-        self.call(path, "Activate", name, value, "{}")
+        self.session.call_bus(APP_ID, path, "org.gtk.Actions.Activate", name, value, "{}")
 
     def enabled(self, name):
-        return "true" in self.call(f"{_APPLICATION}/window/1", "Describe", name).split(",")[0]
+        return "true" in self.session.call_bus(APP_ID, f"{_APPLICATION}/window/1", "org.gtk.Actions.Describe", name).split(",")[0]
 
     def test_commands_of_the_page(self):
         page = self.start_linked()
@@ -127,11 +120,7 @@ class Menu(DesktopTest):
 
 class MenuOfThePage(DesktopTest):
     def test_opens_by_key_works_on_the_field_and_gives_the_keyboard_back(self):
-        site = Site({"/": "<!doctype html><title>Ours</title><textarea autofocus>before</textarea>"})
-        self.addCleanup(site.close)
-        self.use_application(site.url, site.url)
-        self.app.start()
-        page = self.app.page(site.url)
+        page = self.start_site({"/": "<!doctype html><title>Ours</title><textarea autofocus>before</textarea>"})
         self.app.wait_for_window(lambda one: one.title == "Ours").activate()
         wait_until(lambda: page.evaluate("document.hasFocus() && document.activeElement.tagName") == "TEXTAREA", "the focus")
         tree = self.accessibility()

@@ -7,8 +7,7 @@ import re
 from harness import windows
 from harness.application import APP_ID
 from harness.case import DesktopTest
-from harness.overheard import FileManager, Monitor, Notifications, call
-from harness.site import Site
+from harness.overheard import FileManager, Monitor, Notifications
 from harness.waiting import stays_true, wait_until
 
 _DOWNLOAD = """(() => { const a = document.createElement('a'); a.download = 'report a.txt';
@@ -70,11 +69,7 @@ class DownloadNotification(DesktopTest):
     def test_a_file_of_which_a_part_came_has_failed(self):
         notifications = Notifications(self.session)
         half = (200, {"Content-Disposition": "attachment; filename=half.bin", "Content-Length": "8000"}, b"x" * 4000)
-        site = Site({"/": "<!doctype html><title>Ours</title>", "/half": half})
-        self.addCleanup(site.close)
-        self.use_application(site.url, site.url)
-        self.app.start()
-        self.app.page(site.url).evaluate("location.assign('/half')")
+        self.start_site({"/": "<!doctype html><title>Ours</title>", "/half": half}).evaluate("location.assign('/half')")
         notifications.wait_for("Download failed")
         self.assertEqual("half.bin: The connection ended before the whole file had come.", notifications.body("Download failed"))
         self.assertEqual([], list((self.session.home / "Downloads").iterdir()))
@@ -83,12 +78,8 @@ class DownloadNotification(DesktopTest):
 class PageNotification(DesktopTest):
     def start_with_permission(self):
         self.use_service()
-        self.use_application()
-        self.app.change_settings(**{f"permission|notifications|{self.service.web_url}": True})
         notifications = Notifications(self.session)
-        self.app.start()
-        page = self.app.page(self.service.web_url)
-        page.wait_for_text("Sign in to Parvela")
+        page = self.start_signed_out(**{f"permission|notifications|{self.service.web_url}": True})
         self.assertEqual("granted", page.evaluate("Notification.permission"))
         return notifications, page
 
@@ -149,12 +140,12 @@ class Dock(DesktopTest):
         path = "/app/parvela/Parvela/DockMenu"
 
         def layout():
-            return call(self.session, APP_ID, path, "com.canonical.dbusmenu.GetLayout", "0", "--", "-1", "[]")
+            return self.session.call_bus(APP_ID, path, "com.canonical.dbusmenu.GetLayout", "0", "--", "-1", "[]")
 
         def choose(label):
             number = re.search(rf"\((\d+), \{{[^{{}}]*'label': <{json.dumps(label)[1:-1]!r}>", layout())
             self.assertIsNotNone(number, f"an entry '{label}'")
-            call(self.session, APP_ID, path, "com.canonical.dbusmenu.Event", number.group(1), "clicked", "<0>", "0")
+            self.session.call_bus(APP_ID, path, "com.canonical.dbusmenu.Event", number.group(1), "clicked", "<0>", "0")
 
         wait_until(lambda: f"'{board['name']}'" in layout(), "the boards in the menu")
         for label in ("New Task", "New Window", "Due Today", "Boards"):

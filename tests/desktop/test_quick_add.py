@@ -12,9 +12,6 @@ from harness.case import DesktopTest
 from harness.session import WindowManager
 from harness.waiting import stays_true, wait_until
 
-_BUS = ("gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/org/freedesktop/DBus", "--method",
-        "org.freedesktop.DBus.NameHasOwner", APP_ID)
-
 # Holds the keyboard for a moment, as a switch of the keyboard layout or another program's hot key does.
 _GRAB = """
 import ctypes, ctypes.util, time
@@ -36,7 +33,6 @@ class QuickAddTest(DesktopTest):
     """Tests with the program in the background, so that nothing but the popover is on the screen."""
 
     def start(self, write=True, linked=True):
-        self.use_service()
         self.use_application()
         if linked:
             token = self.person.call("POST", "/api/tokens", {"name": "Test", "write": write})["token"]
@@ -45,20 +41,17 @@ class QuickAddTest(DesktopTest):
 
     def launch(self):
         self.app.start("--background")
-        wait_until(lambda: self.session.run(*_BUS).stdout.strip() == "(true,)", "the program on the bus")
+        wait_until(self.app.answers, "the program on the bus")
         self.tree = self.accessibility()
-
-    def popover(self):
-        return next((window for window in self.app.windows() if window.title == "Parvela Quick Add"), None)
 
     def open(self):
         self.assertEqual(0, self.session.run("gapplication", "action", APP_ID, "showQuickAdd").returncode)
-        window = wait_until(self.popover, "the quick-add window")
+        window = wait_until(self.app.quick_add, "the quick-add window")
         wait_until(lambda: windows.active_window(self.session) == window.id, "the quick-add window to have the keyboard")
         return window
 
     def wait_until_closed(self):
-        wait_until(lambda: self.popover() is None, "the quick-add window to be gone")
+        wait_until(lambda: self.app.quick_add() is None, "the quick-add window to be gone")
 
     def field(self):
         return self.tree.wait_for("text", "New task")
@@ -169,7 +162,7 @@ class Names(QuickAddTest):
         self.tree.wait_for("list item", "Robin Hale")
         windows.press(self.session, "Escape")
         wait_until(lambda: self.tree.find("list item", "Robin Hale") is None, "the list to close")
-        self.assertIsNotNone(self.popover(), "Escape closes the list first")
+        self.assertIsNotNone(self.app.quick_add(), "Escape closes the list first")
         windows.press(self.session, "BackSpace", "Down", "Down")
         self.wait_for_text("Call @Rosa")
         windows.press(self.session, "Up")
@@ -278,7 +271,7 @@ class Focus(QuickAddTest):
         self.session.run("setxkbmap", "de")
         self.session.run("setxkbmap", "us")
         with subprocess.Popen([sys.executable, "-c", _GRAB], env=self.session.env) as grab:
-            stays_true(lambda: self.popover() is not None, "the window is there while the keyboard is held", duration=1.5)
+            stays_true(lambda: self.app.quick_add() is not None, "the window is there while the keyboard is held", duration=1.5)
         self.assertEqual(0, grab.returncode)
         windows.type_text(self.session, " goes on")
         self.wait_for_text("Draft goes on")
@@ -317,9 +310,9 @@ class BareDesktop(QuickAddTest):
         popover.click(300, 25)
         for y in (130, 210):  # the board picker, and the second board in its list
             popover.click(150, y)
-            stays_true(lambda: self.popover() is not None, "clicks inside leave it open", duration=0.5)
+            stays_true(lambda: self.app.quick_add() is not None, "clicks inside leave it open", duration=0.5)
         self.session.run("xdotool", "mousemove", "20", "780", "click", "4")
-        stays_true(lambda: self.popover() is not None, "the wheel leaves it open", duration=0.5)
+        stays_true(lambda: self.app.quick_add() is not None, "the wheel leaves it open", duration=0.5)
         self.session.run("xdotool", "click", "1")
         self.wait_until_closed()
         self.open()

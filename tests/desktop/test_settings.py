@@ -147,7 +147,6 @@ class WithoutKeyring(SettingsTest):
     keyring = Keyring.absent
 
     def test_says_what_is_missing_and_keeps_what_was_pasted(self):
-        self.use_service()
         self.use_application()
         self.app.start()
         self.open_settings()

@@ -5,7 +5,6 @@ from harness.application import APP_ID
 from harness.case import DesktopTest
 from harness.waiting import stays_true, wait_until
 
-QUICK_ADD = "Parvela Quick Add"
 IDLE_MENU = ["Quick Add…", "Open Parvela", "—", "Settings…", "Quit Parvela"]
 
 
@@ -18,16 +17,12 @@ class TrayTest(DesktopTest):
         self.panel.start()
 
     def start_in_background(self):
-        self.use_service()
         self.use_application()
         self.app.start("--background")
         return self.panel.wait_for_item()
 
     def wait_for_popover(self):
-        return self.app.wait_for_window(lambda window: window.title == QUICK_ADD, "the popover")
-
-    def popover_is_shown(self):
-        return any(window.title == QUICK_ADD for window in self.app.windows())
+        return wait_until(self.app.quick_add, "the popover", timeout=30)
 
 
 class Item(TrayTest):
@@ -53,11 +48,11 @@ class Item(TrayTest):
                         (left, top, width, height))
         wait_until(lambda: windows.active_window(self.session) == popover.id, "the popover to be active")
         self.panel.click()
-        wait_until(lambda: not self.popover_is_shown(), "the popover to close")
+        wait_until(lambda: not self.app.quick_add(), "the popover to close")
         self.panel.click()
         self.wait_for_popover()
         windows.press(self.session, "Escape")
-        wait_until(lambda: not self.popover_is_shown(), "the popover to close")
+        wait_until(lambda: not self.app.quick_add(), "the popover to close")
 
     def test_its_menu_reaches_everything(self):
         self.use_panel()
@@ -66,7 +61,7 @@ class Item(TrayTest):
         windows.press(self.session, "Down", "Return")
         self.wait_for_popover()
         windows.press(self.session, "Escape")
-        wait_until(lambda: not self.popover_is_shown(), "the popover to close")
+        wait_until(lambda: not self.app.quick_add(), "the popover to close")
         item.choose("Settings…")
         self.app.wait_for_window(lambda window: window.title == "Parvela Settings", "Settings")
         item.choose("Open Parvela")
@@ -113,12 +108,8 @@ class WithoutWindows(TrayTest):
         windows.press(self.session, "ctrl+w")
 
     def start_with_window(self):
-        self.use_service()
-        self.use_application()
-        self.app.start()
-        window = self.app.wait_for_window()
-        self.app.page(self.service.web_url).wait_for_text("Sign in")
-        return window
+        self.start_signed_out()
+        return self.app.wait_for_window()
 
     def test_the_program_lives_on_in_a_tray(self):
         self.use_panel()
@@ -146,11 +137,9 @@ class WithoutWindows(TrayTest):
         wait_until(lambda: "_NET_WM_STATE_HIDDEN" in window.states, "the window to be minimised")
 
     def test_a_start_in_the_background_is_reached_by_the_launcher(self):
-        self.use_service()
         self.use_application()
         self.app.start("--background")
-        wait_until(lambda: self.session.run("gdbus", "call", "--session", "-d", APP_ID, "-o", "/app/parvela/Parvela", "-m",
-                                            "org.freedesktop.DBus.Peer.Ping").returncode == 0, "the program")
+        wait_until(lambda: self.session.call_bus(APP_ID, "/app/parvela/Parvela", "org.freedesktop.DBus.Peer.Ping"), "the program")
         self.assertEqual([], self.app.windows())
         self.assertEqual(0, self.app.start_again().returncode)
         self.app.wait_for_window()

@@ -1,10 +1,8 @@
 """New versions: looked for at the start and on request, offered only when they are signed and newer."""
 
-import http.server
 import pathlib
 import subprocess
 import tempfile
-import threading
 
 from harness import programs, windows
 from harness.application import APP_ID
@@ -15,48 +13,16 @@ APPCAST = programs.ROOT / "packaging" / "appcast"
 PAGE = "https://parvela.example/download?from=app"
 
 
-class FeedServer:
-    """Serves a feed that can be changed, and counts who asks for it."""
-
-    def __init__(self):
-        self.feed = b""
-        self.requests = 0
-        owner = self
-
-        class Handler(http.server.BaseHTTPRequestHandler):
-            def do_GET(self):
-                owner.requests += 1
-                self.send_response(200)
-                self.send_header("Content-Length", str(len(owner.feed)))
-                self.end_headers()
-                try:
-                    self.wfile.write(owner.feed)
-                except ConnectionError:
-                    self.close_connection = True  # an answer that is too large is not read to its end
-
-            def log_message(self, *_):
-                pass
-
-        self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-        threading.Thread(target=self._server.serve_forever, daemon=True).start()
-        self.url = f"http://127.0.0.1:{self._server.server_port}/appcast.xml"
-
-    def close(self):
-        self._server.shutdown()
-        self._server.server_close()
-
-
 class Updates(DesktopTest):
     def setUp(self):
         super().setUp()
-        self.server = FeedServer()
-        self.addCleanup(self.server.close)
+        self.server = self.use_site({})
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
         self.key = self.appcast("key", self.folder / "key.pem")
-        self.use_service()
         self.use_application()
+        self.use_bus()
 
     def appcast(self, *arguments):
         return subprocess.run([APPCAST, *arguments], check=True, capture_output=True, text=True).stdout.strip()
@@ -70,21 +36,21 @@ class Updates(DesktopTest):
         self.appcast("add", feed, version, PAGE, self.folder / "notes.txt", self.folder / key)
         return feed.read_bytes()
 
+    def offer(self, feed):
+        self.server.answers["/appcast.xml"] = (200, {}, feed)
+
     def start(self):
         self.process = self.session.start(programs.path("parvela-desktop-updates"),
-                                          env={"PARVELA_TEST_FEED": self.server.url, "PARVELA_TEST_FEED_KEY": self.key})
+                                          env={"PARVELA_TEST_FEED": f"{self.server.url}/appcast.xml", "PARVELA_TEST_FEED_KEY": self.key})
         window = self.app.wait_for_window()
         windows.wait_until_painted(window)
         return self.accessibility()
 
     def ask(self):
-        path = "/" + APP_ID.replace(".", "/")
-        result = self.session.run("gdbus", "call", "--session", "--dest", APP_ID, "--object-path", path, "--method",
-                                  "org.gtk.Actions.Activate", "checkForUpdates", "[]", "{}")
-        self.assertEqual(0, result.returncode, result.stderr)
+        self.bus.activate(APP_ID, "checkForUpdates")
 
     def test_a_new_version_is_offered_at_the_start_and_its_page_opens(self):
-        self.server.feed = self.feed("99.1", "<b>Plain</b> text & nothing else.\n" + "A line of a long list.\n" * 60)
+        self.offer(self.feed("99.1", "<b>Plain</b> text & nothing else.\n" + "A line of a long list.\n" * 60))
         tree = self.start()
         tree.wait_for(contains="Parvela 99.1 is available")
         notes = tree.wait_for(role="text", name="What is new")
@@ -100,7 +66,7 @@ class Updates(DesktopTest):
 
         self.process.stop()
         tree = self.start()
-        stays_true(lambda: self.server.requests == 1 and not tree.find(contains="is available"),
+        stays_true(lambda: len(self.server.requests) == 1 and not tree.find(contains="is available"),
                    "nothing is asked twice a day", duration=1)
         self.ask()
         tree.wait_for(role="push button", contains="Skip This Version").press()
@@ -108,20 +74,22 @@ class Updates(DesktopTest):
 
     def test_what_is_not_signed_or_not_newer_is_never_offered(self):
         signed = self.feed("99.1")
-        self.server.feed = signed.replace(b"99.1", b"99.2")
+        altered = signed.replace(b"99.1", b"99.2")
+        self.offer(altered)
         tree = self.start()
-        wait_until(lambda: self.server.requests == 1, "the check at the start")
+        wait_until(lambda: len(self.server.requests) == 1, "the check at the start")
         stays_true(lambda: not tree.find(contains="updates"), "a failure at the start is silent", duration=1)
         cases = [
-            ("altered", self.server.feed, "is not signed"),
+            ("altered", altered, "is not signed"),
             ("unsigned", signed[:signed.rindex(b"<!--")], "is not signed"),
             ("another key", self.feed("99.1", key="other.pem"), "is not signed"),
             ("no feed", b"<html>Welcome to the network</html>", "is not signed"),
             ("huge", signed + b" " * 2_000_000, "could not be read"),
             ("older", self.feed("0.9"), "is the newest one"),
         ]
-        for what, self.server.feed, answer in cases:
+        for what, feed, answer in cases:
             with self.subTest(what):
+                self.offer(feed)
                 self.ask()
                 tree.wait_for(contains=answer)
                 self.assertIsNone(tree.find(contains="is available"))

@@ -1,6 +1,5 @@
 """What a page can and cannot do with the window it is shown in."""
 
-import base64
 import json
 import time
 import urllib.parse
@@ -10,7 +9,6 @@ from harness.application import APP_ID
 from harness.case import DesktopTest
 from harness.page import PageError
 from harness.session import WindowManager
-from harness.site import Site
 from harness.waiting import stays_true, wait_until
 
 
@@ -40,19 +38,13 @@ class PageObject(DesktopTest):
 
 class Proxy(DesktopTest):
     def test_pages_of_this_machine_are_not_asked_from_the_desktops_proxy(self):
-        self.use_service()
-        self.use_application()
-        self.app.start(env={"http_proxy": "http://127.0.0.1:9", "no_proxy": "example.com"})
-        self.app.page(self.service.web_url).wait_for_text("Sign in to Parvela")
+        self.start_signed_out(env={"http_proxy": "http://127.0.0.1:9", "no_proxy": "example.com"})
 
 
 class ServerChange(DesktopTest):
     def test_pages_stay_walled_in_after_another_server_was_set_for_a_moment(self):
-        site = Site({"/": "<!doctype html><title>Ours</title>"})
-        self.addCleanup(site.close)
-        self.use_application(site.url, site.url)
-        self.app.start()
-        self.app.wait_for_window(lambda one: one.title == "Ours")
+        page = self.start_site({"/": "<!doctype html><title>Ours</title>"})
+        site = self.site
         self.use_bus()
 
         def switched():
@@ -64,7 +56,6 @@ class ServerChange(DesktopTest):
             return site.requests.count("/") > 1
 
         wait_until(switched, "the page of the first server to be loaded again")
-        page = self.app.page(site.url)
         foreign = site.url.replace("127.0.0.1", "127.0.0.2") + "/foreign"
         page.evaluate(f"location.assign('{foreign}')")
         wait_until(lambda: foreign in self.session.browser_urls(), "the foreign page in the browser")
@@ -77,12 +68,8 @@ class Events(DesktopTest):
         webkit.messageHandlers.parvela.postMessage({ type: 'shell', version: 1 });</script>"""
 
     def test_a_tab_that_leaves_a_full_screen_window_is_told_so(self):
-        site = Site({"/": self._PAGE, "/other": self._PAGE.replace("Ours", "Other")})
-        self.addCleanup(site.close)
-        self.use_application(site.url, site.url)
-        self.app.start()
+        page = self.start_site({"/": self._PAGE, "/other": self._PAGE.replace("Ours", "Other")})
         self.app.wait_for_window(lambda one: one.title == "Ours").activate()
-        page = self.app.page(site.url)
         windows.press(self.session, "ctrl+t")
         wait_until(lambda: len(self.app.inspector.pages()) == 2, "a second tab")
         windows.press(self.session, "ctrl+Page_Up", "F11")
@@ -104,11 +91,7 @@ class Navigation(DesktopTest):
         stays_true(lambda: len(self.session.browser_urls()) <= 2, "the browser is left alone")
 
     def test_sign_in_goes_to_the_browser_and_comes_back(self):
-        self.use_service()
-        self.use_application()
-        self.app.start()
-        page = self.app.page(self.service.web_url)
-        page.wait_for_text("Sign in to Parvela")
+        page = self.start_signed_out()
         sign_in = f"{self.service.api_url}/api/auth/signin/local?state=a%20b"
         page.evaluate(f"location.assign({json.dumps(sign_in)})")
         opened = wait_until(self.session.browser_urls, "the browser to be asked")
@@ -136,8 +119,7 @@ class Downloads(DesktopTest):
 
 class SavedWindows(DesktopTest):
     def saved(self):
-        state = self.app.settings().get("macWindowState")
-        return json.loads(base64.b64decode(state["data"]))["groups"] if state else []
+        return self.app.saved_windows()
 
     def test_come_back_with_their_tabs(self):
         page = self.start_linked()
@@ -217,12 +199,7 @@ class TitleBar(DesktopTest):
     size = (1600, 1000)
 
     def test_a_double_click_does_what_the_settings_say(self):
-        self.use_service()
-        self.use_application()
-        self.app.change_settings(AppleActionOnDoubleClick="Fill")
-        self.app.start()
-        page = self.app.page(self.service.web_url)
-        page.wait_for_text("Sign in to Parvela")
+        page = self.start_signed_out(AppleActionOnDoubleClick="Fill")
         window = self.app.wait_for_window()
         window.activate()
 

@@ -1,5 +1,6 @@
 """Parvela itself in a session: the application and the command, pointed at a local service."""
 
+import base64
 import json
 import re
 
@@ -65,16 +66,11 @@ class Application:
         self._session.run("update-desktop-database", applications)
         inspector = f"{{'WEBKIT_INSPECTOR_HTTP_SERVER': '127.0.0.1:{self._inspector_port}'}}"
         for method, arguments in (("UpdateActivationEnvironment", [inspector]), ("ReloadConfig", [])):
-            result = self._session.run("gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path",
-                                       "/org/freedesktop/DBus", "--method", f"org.freedesktop.DBus.{method}", *arguments)
-            if result.returncode != 0:
-                raise RuntimeError(f"{method}: {result.stderr}")
+            self._session.call_bus("org.freedesktop.DBus", "/org/freedesktop/DBus", f"org.freedesktop.DBus.{method}", *arguments)
 
     def answers(self):
         """Whether the application has its name on the session bus, however it was started."""
-        result = self._session.run("gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path",
-                                   "/org/freedesktop/DBus", "--method", "org.freedesktop.DBus.NameHasOwner", APP_ID)
-        return "true" in result.stdout
+        return self._session.bus_has(APP_ID)
 
     def call(self, method, *arguments, object_name="Automation", interface="app.parvela.Automation1"):
         """Calls one of its objects on the bus, which starts the application when need be. Returns gdbus's whole run."""
@@ -93,6 +89,15 @@ class Application:
     def page(self, path="", timeout=30.0):
         """The page of the view whose URL contains `path`."""
         return self.inspector.page(path, timeout)
+
+    def quick_add(self):
+        """The quick-add window, None while there is none."""
+        return next((window for window in self.windows() if window.title == "Parvela Quick Add"), None)
+
+    def saved_windows(self):
+        """The windows and tabs that the next start brings back: [{"frame", "tabs", "selected", ...}]."""
+        state = self.settings().get("macWindowState")
+        return json.loads(base64.b64decode(state["data"]))["groups"] if state else []
 
     def accessibility(self):
         return AccessibilityTree(self._session)

@@ -9,6 +9,7 @@ from .application import Application
 from .bus import Bus
 from .service import LocalService
 from .session import Keyring, Session, WindowManager
+from .site import Site
 from .waiting import wait_until
 
 # No test needs nearly as long; one that hangs must not hang the whole run.
@@ -48,6 +49,8 @@ class DesktopTest(unittest.TestCase):
 
     def use_application(self, web_url=None, api_url=None):
         """Prepares the application, pointed at the local service unless told otherwise. It is not started yet."""
+        if web_url is None and not hasattr(self, "service"):
+            self.use_service()
         self.app = Application(self.session, web_url or self.service.web_url, api_url or self.service.api_url)
 
     def link_device(self):
@@ -82,13 +85,30 @@ class DesktopTest(unittest.TestCase):
             (folder / "no-screen.txt").write_text(str(error), encoding="utf-8")
         print(f"report of {self.id()}: {folder}", flush=True)
 
-    def start_linked(self, **settings):
-        """Brings everything up to a linked application whose page is at home. Returns the page."""
-        self.use_service()
+    def start_site(self, answers):
+        """Starts the application on a web app of the test's own, whose server is `site`. Returns the page."""
+        self.site = self.use_site(answers)
+        self.use_application(self.site.url, self.site.url)
+        self.app.start()
+        return self.app.page(self.site.url)
+
+    def use_site(self, answers):
+        site = Site(answers)
+        self.addCleanup(site.close)
+        return site
+
+    def start_signed_out(self, env=None, **settings):
+        """Brings everything up to the page that asks to sign in. Returns the page."""
         self.use_application()
         self.app.change_settings(**settings)
-        self.app.start()
+        self.app.start(env=env)
         page = self.app.page(self.service.web_url)
+        page.wait_for_text("Sign in to Parvela")
+        return page
+
+    def start_linked(self, **settings):
+        """Brings everything up to a linked application whose page is at home. Returns the page."""
+        page = self.start_signed_out(**settings)
         page.press("Explore the demo")
         page.press("Allow")
         wait_until(self.app.stored_token, "the token in the keyring")

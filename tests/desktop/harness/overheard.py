@@ -11,18 +11,6 @@ _FILE_MANAGER = """<node><interface name="org.freedesktop.FileManager1"><method 
 <arg type="as" direction="in"/><arg type="s" direction="in"/></method></interface></node>"""
 
 
-def call(session, destination, path, method, *arguments):
-    """The answer as gdbus prints it; raises RuntimeError when the call fails."""
-    result = session.run("gdbus", "call", "--session", "--dest", destination, "--object-path", path, "--method", method, *arguments)
-    if result.returncode != 0:
-        raise RuntimeError(f"{method}: {result.stderr.strip()}")
-    return result.stdout.strip()
-
-
-def is_owned(session, name):
-    return "true" in call(session, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.NameHasOwner", name)
-
-
 class Monitor:
     """Overhears messages that match a D-Bus match rule, from the moment it is made."""
 
@@ -44,7 +32,7 @@ class FileManager:
         script = pathlib.Path(__file__).with_name("bus_peer.py")
         session.start(sys.executable, script, "org.freedesktop.FileManager1", "/org/freedesktop/FileManager1", _FILE_MANAGER,
                       self._log)
-        wait_until(lambda: is_owned(session, "org.freedesktop.FileManager1"), "the file manager")
+        wait_until(lambda: session.bus_has("org.freedesktop.FileManager1"), "the file manager")
 
     def shown(self):
         """The URIs of each request, in order."""
@@ -76,8 +64,8 @@ class Notifications:
 
     def shown(self):
         """How many are on the screen."""
-        answer = call(self._session, self._NAME, self._PATH, "org.freedesktop.DBus.Properties.Get", "org.dunstproject.cmd0",
-                      "displayedLength")
+        answer = self._session.call_bus(self._NAME, self._PATH, "org.freedesktop.DBus.Properties.Get", "org.dunstproject.cmd0",
+                                        "displayedLength")
         return int(re.search(r"uint32 (\d+)", answer).group(1))
 
     def wait_for(self, title):

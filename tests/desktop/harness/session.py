@@ -208,6 +208,17 @@ class Session:
             process.stop()
         return 128 - status if status < 0 else status
 
+    def call_bus(self, destination, path, method, *arguments):
+        """The answer of "interface.Method" as gdbus prints it; raises RuntimeError when the call fails."""
+        result = self.run("gdbus", "call", "--session", "--dest", destination, "--object-path", path, "--method", method, *arguments)
+        if result.returncode != 0:
+            raise RuntimeError(f"{method}: {result.stderr.strip()}")
+        return result.stdout.strip()
+
+    def bus_has(self, name):
+        """Whether a program owns the name on the session's bus."""
+        return "true" in self.call_bus("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.NameHasOwner", name)
+
     @property
     def home(self):
         return self.root / "home"
@@ -227,7 +238,7 @@ class Session:
 
     def lock_keyring(self):
         """Locks the keyring as a desktop's screen lock may."""
-        self._bus_call("org.freedesktop.secrets", "/org/freedesktop/secrets", "org.freedesktop.Secret.Service.Lock",
+        self.call_bus("org.freedesktop.secrets", "/org/freedesktop/secrets", "org.freedesktop.Secret.Service.Lock",
                        "['/org/freedesktop/secrets/collection/login']")
 
     def logs(self):
@@ -352,7 +363,7 @@ class Session:
             log = self.root / "logs" / f"{len(self._started):02}-gnome-keyring-daemon.log"
             self._started.append(processes.Process(
                 ["gnome-keyring-daemon", "--unlock", "--components=secrets", "--foreground"], self.env, log=log, stdin=stdin))
-        wait_until(lambda: self._owned("org.freedesktop.secrets"), "the keyring")
+        wait_until(lambda: self.bus_has("org.freedesktop.secrets"), "the keyring")
         if self.keyring is Keyring.locked:
             self.lock_keyring()
 
@@ -360,17 +371,7 @@ class Session:
         settings = self.root / "dunstrc"
         settings.write_text(_DUNST_SETTINGS, encoding="utf-8")
         self.start("dunst", "-conf", settings)
-        wait_until(lambda: self._owned("org.freedesktop.Notifications"), "the notification daemon")
-
-    def _owned(self, name):
-        answer = self._bus_call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.NameHasOwner", name)
-        return "true" in answer
-
-    def _bus_call(self, destination, path, method, *arguments):
-        result = self.run("gdbus", "call", "--session", "--dest", destination, "--object-path", path, "--method", method, *arguments)
-        if result.returncode != 0:
-            raise RuntimeError(f"{method}: {result.stderr.strip()}")
-        return result.stdout.strip()
+        wait_until(lambda: self.bus_has("org.freedesktop.Notifications"), "the notification daemon")
 
 
 @contextlib.contextmanager
