@@ -182,10 +182,7 @@ TEST(ParvelaAPI, callsOutliveTheClientThatStartedThem) {
 }
 
 TEST(ParvelaAPI, readsRetryAfterSecondsOnly) {
-    const std::pair<std::optional<std::string_view>, std::optional<std::int64_t>> cases[] = {
-        {std::nullopt, std::nullopt},
-        {"", std::nullopt},
-        {" \t", std::nullopt},
+    const std::pair<const char*, std::int64_t> cases[] = {
         {"1", 1},
         {" 30 ", 30},
         {"+5", 5},
@@ -194,21 +191,12 @@ TEST(ParvelaAPI, readsRetryAfterSecondsOnly) {
         {"007", 7},
         {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
         {"-9223372036854775808", std::numeric_limits<std::int64_t>::min()},
-        {"9223372036854775808", std::nullopt},
-        {"+", std::nullopt},
-        {"-", std::nullopt},
-        {"+-5", std::nullopt},
-        {"++5", std::nullopt},
-        {"5s", std::nullopt},
-        {"5 5", std::nullopt},
-        {"1.5", std::nullopt},
-        {"0x10", std::nullopt},
-        {"\n5", std::nullopt},
-        {"٣", std::nullopt},
-        {"Fri, 12 Jun 2026 00:00:00 GMT", std::nullopt},
     };
-    for (const auto& [header, seconds] : cases) {
-        EXPECT_EQ(ParvelaAPI::retryAfterSeconds(header), seconds) << header.value_or("(none)");
+    for (const auto& [header, seconds] : cases) EXPECT_EQ(ParvelaAPI::retryAfterSeconds(header), seconds) << header;
+    EXPECT_EQ(ParvelaAPI::retryAfterSeconds(std::nullopt), std::nullopt);
+    for (const char* header : {"", " \t", "9223372036854775808", "+", "-", "+-5", "++5", "5s", "5 5", "1.5", "0x10",
+                               "\n5", "٣", "Fri, 12 Jun 2026 00:00:00 GMT"}) {
+        EXPECT_EQ(ParvelaAPI::retryAfterSeconds(header), std::nullopt) << header;
     }
 }
 

@@ -49,13 +49,17 @@ struct LineCase {
     std::string meaning;
 };
 
-void expectLines(const QuickAddContext& context, const std::vector<LineCase>& cases) {
-    for (const auto& [line, marks, meaning] : cases) {
-        const auto result = QuickAdd::parse(line, context);
-        EXPECT_EQ(marked(line, result), marks);
-        EXPECT_EQ(summary(result), meaning) << line;
+struct LinesIn {
+    QuickAddContext context;
+
+    void mean(const std::vector<LineCase>& cases) const {
+        for (const auto& [line, marks, meaning] : cases) {
+            const auto result = QuickAdd::parse(line, context);
+            EXPECT_EQ(marked(line, result), marks);
+            EXPECT_EQ(summary(result), meaning) << line;
+        }
     }
-}
+};
 
 /// Each phrase, with a word before and after it, must be the one token of its line and vanish from the title.
 void expectPhrases(CivilDate today, QuickAddToken::Kind kind, std::string_view value,
@@ -187,44 +191,42 @@ TEST(QuickAddParser, findsTimes) {
                  "9:60am",      "9:5",  "9:305",  "123:00", "am",      "9::30",   "13:00 pm", "5p",
                  "5pmm",        "5xm",  "5 am.m", "5a..m",  "noonish", "on 5pm5", "\u0665pm", "\u0665:\u0663\u0660",
                  "5:3\u0660 pm"});
-    expectLines(on(tuesday), {
-                                 {"doctor at 7 a.m. sharp", "doctor [time:at 7 a.m]. sharp", "doctor. sharp | 07:00"},
-                                 {"on 5pm", "on [time:5pm]", "on | 17:00"},
-                                 {"9am 10am", "[time:9am] 10am", "10am | 09:00"},
-                                 {"at at 9am", "at [time:at 9am]", "at | 09:00"},
-                             });
+    LinesIn{on(tuesday)}.mean({
+        {"doctor at 7 a.m. sharp", "doctor [time:at 7 a.m]. sharp", "doctor. sharp | 07:00"},
+        {"on 5pm", "on [time:5pm]", "on | 17:00"},
+        {"9am 10am", "[time:9am] 10am", "10am | 09:00"},
+        {"at at 9am", "at [time:at 9am]", "at | 09:00"},
+    });
 }
 
 TEST(QuickAddParser, takesTheFirstDateAndTheFirstExplicitTime) {
-    expectLines(on(tuesday),
-                {
-                    {"tomorrow friday", "[date:tomorrow] friday", "friday | 2025-06-11"},
-                    {"tonight", "[date:tonight]", "| 2025-06-10 18:00"},
-                    {"drinks tonight at 9pm", "drinks [date:tonight] [time:at 9pm]", "drinks | 2025-06-10 21:00"},
-                    {"9pm tonight", "[time:9pm] [date:tonight]", "| 2025-06-10 21:00"},
-                    {"tonight 9pm 10pm", "[date:tonight] [time:9pm] 10pm", "10pm | 2025-06-10 21:00"},
-                    {"tomorrow tonight", "[date:tomorrow] tonight", "tonight | 2025-06-11"},
-                    {"due due tomorrow", "due [date:due tomorrow]", "due | 2025-06-11"},
-                    {"due on by friday", "due on [date:by friday]", "due on | 2025-06-13"},
-                    {"5 jun 10 jun", "[date:5 jun] 10 jun", "10 jun | 2026-06-05"},
-                    {"by 5pm on friday", "[time:by 5pm] [date:on friday]", "| 2025-06-13 17:00"},
-                });
+    LinesIn{on(tuesday)}.mean({
+        {"tomorrow friday", "[date:tomorrow] friday", "friday | 2025-06-11"},
+        {"tonight", "[date:tonight]", "| 2025-06-10 18:00"},
+        {"drinks tonight at 9pm", "drinks [date:tonight] [time:at 9pm]", "drinks | 2025-06-10 21:00"},
+        {"9pm tonight", "[time:9pm] [date:tonight]", "| 2025-06-10 21:00"},
+        {"tonight 9pm 10pm", "[date:tonight] [time:9pm] 10pm", "10pm | 2025-06-10 21:00"},
+        {"tomorrow tonight", "[date:tomorrow] tonight", "tonight | 2025-06-11"},
+        {"due due tomorrow", "due [date:due tomorrow]", "due | 2025-06-11"},
+        {"due on by friday", "due on [date:by friday]", "due on | 2025-06-13"},
+        {"5 jun 10 jun", "[date:5 jun] 10 jun", "10 jun | 2026-06-05"},
+        {"by 5pm on friday", "[time:by 5pm] [date:on friday]", "| 2025-06-13 17:00"},
+    });
 }
 
 TEST(QuickAddParser, takesShortWeekendNamesOnlyWhereTheyMeanDays) {
-    expectLines(on(tuesday),
-                {
-                    {"in sat with Sam", "in sat with Sam", "in sat with Sam |"},
-                    {"call Sam sat", "call Sam [date:sat]", "call Sam | 2025-06-14"},
-                    {"sun", "[date:sun]", "| 2025-06-15"},
-                    {"sun!", "[date:sun]!", "| 2025-06-15"},
-                    {"sun !", "sun !", "sun ! |"},
-                    {"sun \u2014", "sun \u2014", "sun \u2014 |"},
-                    {"on sun chairs", "[date:on sun] chairs", "chairs | 2025-06-15"},
-                    {"weekly by sat and sun", "[repeat:weekly] [date:by sat] and sun", "and sun | 2025-06-14 weekly:6"},
-                    {"every sun sat down", "[repeat:every sun sat] down", "down | 2025-06-14 weekly:0,6"},
-                    {"every mon due sun x", "[repeat:every mon] [date:due sun] x", "x | 2025-06-15 weekly:1"},
-                });
+    LinesIn{on(tuesday)}.mean({
+        {"in sat with Sam", "in sat with Sam", "in sat with Sam |"},
+        {"call Sam sat", "call Sam [date:sat]", "call Sam | 2025-06-14"},
+        {"sun", "[date:sun]", "| 2025-06-15"},
+        {"sun!", "[date:sun]!", "| 2025-06-15"},
+        {"sun !", "sun !", "sun ! |"},
+        {"sun \u2014", "sun \u2014", "sun \u2014 |"},
+        {"on sun chairs", "[date:on sun] chairs", "chairs | 2025-06-15"},
+        {"weekly by sat and sun", "[repeat:weekly] [date:by sat] and sun", "and sun | 2025-06-14 weekly:6"},
+        {"every sun sat down", "[repeat:every sun sat] down", "down | 2025-06-14 weekly:0,6"},
+        {"every mon due sun x", "[repeat:every mon] [date:due sun] x", "x | 2025-06-15 weekly:1"},
+    });
 }
 
 TEST(QuickAddParser, findsRepeatRules) {
@@ -243,17 +245,14 @@ TEST(QuickAddParser, findsRepeatRules) {
     for (const auto& [value, phrases] : cases) expectPhrases(tuesday, QuickAddToken::Kind::repeat, value, phrases);
 
     expectPlain(tuesday, {"weekday", "every", "every one", "every days", "every and", "week", "month"});
-    expectLines(
-        on(tuesday),
-        {
-            {"every mon and call", "[repeat:every mon] and call", "and call | 2025-06-16 weekly:1"},
-            {"every month on the 32nd", "[repeat:every month] on the 32nd", "on the 32nd | 2025-07-01 monthly:1"},
-            {"every month on the 0", "[repeat:every month] on the 0", "on the 0 | 2025-07-01 monthly:1"},
-            {"every month on the 1\u0660", "[repeat:every month] on the 1\u0660",
-             "on the 1\u0660 | 2025-07-01 monthly:1"},
-            {"daily weekly", "[repeat:daily] weekly", "weekly | 2025-06-10 daily"},
-            {"every other week", "every other week", "every other week |"},
-        });
+    LinesIn{on(tuesday)}.mean({
+        {"every mon and call", "[repeat:every mon] and call", "and call | 2025-06-16 weekly:1"},
+        {"every month on the 32nd", "[repeat:every month] on the 32nd", "on the 32nd | 2025-07-01 monthly:1"},
+        {"every month on the 0", "[repeat:every month] on the 0", "on the 0 | 2025-07-01 monthly:1"},
+        {"every month on the 1\u0660", "[repeat:every month] on the 1\u0660", "on the 1\u0660 | 2025-07-01 monthly:1"},
+        {"daily weekly", "[repeat:daily] weekly", "weekly | 2025-06-10 daily"},
+        {"every other week", "every other week", "every other week |"},
+    });
 }
 
 TEST(QuickAddParser, givesRepeatRulesTheirAnchorAndFirstDate) {
@@ -299,99 +298,92 @@ TEST(QuickAddParser, findsTheFirstPriority) {
     };
     for (const auto& [value, phrases] : cases) expectPhrases(tuesday, QuickAddToken::Kind::priority, value, phrases);
     expectPlain(tuesday, {"high", "!5", "p0", "p5", "!", "!none", "!!high", "!highest", "p1a"});
-    expectLines(on(tuesday), {
-                                 {"a !high !low", "a [priority:!high] !low", "a !low | !high"},
-                                 {"a (!high!) b", "a ([priority:!high]!) b", "a (!) b | !high"},
-                             });
+    LinesIn{on(tuesday)}.mean({
+        {"a !high !low", "a [priority:!high] !low", "a !low | !high"},
+        {"a (!high!) b", "a ([priority:!high]!) b", "a (!) b | !high"},
+    });
 }
 
 TEST(QuickAddParser, findsPeopleAndLabelsOfTheBoard) {
-    expectLines(
-        samples::boardContext(),
-        {
-            {"Write brief tomorrow !high #design @robin",
-             "Write brief [date:tomorrow] [priority:!high] [label:#design] [assignee:@robin]",
-             "Write brief | 2025-06-11 !high @u-robin #l-design"},
-            {"a @ro @rob @r @ROBINRAY", "a @ro [assignee:@rob] @r [assignee:@ROBINRAY]", "a @ro @r | @u-robin"},
-            {"@sam @samsm @samstone @stone", "@sam [assignee:@samsm] [assignee:@samstone] [assignee:@stone]",
-             "@sam | @u-sam @u-sam2"},
-            {"@jos\u00e9 @JOSE\u0301 @jose @jn", "[assignee:@jos\u00e9] [assignee:@JOSE\u0301] @jose [assignee:@jn]",
-             "@jose | @u-jose"},
-            {"@maryanno'neil, @mary.", "[assignee:@maryanno'neil], [assignee:@mary].", "| @u-mary"},
-            {"@nobody @ @@rosa", "@nobody @ @@rosa", "@nobody @ @@rosa |"},
-            {"#DESIGN_review #design--review #Design", "[label:#DESIGN_review] [label:#design--review] [label:#Design]",
-             "| #l-review #l-design"},
-            {"#api_v2 #API-V2 #Api--v2", "[label:#api_v2] [label:#API-V2] #Api--v2", "#Api--v2 | #l-api #l-api2"},
-            {"#\u00e4rger #A\u0308rger #arger", "[label:#\u00e4rger] [label:#A\u0308rger] #arger",
-             "#arger | #l-aerger"},
-            {"# #42 #bugs", "# #42 #bugs", "# #42 #bugs |"},
-        });
+    LinesIn{samples::boardContext()}.mean({
+        {"Write brief tomorrow !high #design @robin",
+         "Write brief [date:tomorrow] [priority:!high] [label:#design] [assignee:@robin]",
+         "Write brief | 2025-06-11 !high @u-robin #l-design"},
+        {"a @ro @rob @r @ROBINRAY", "a @ro [assignee:@rob] @r [assignee:@ROBINRAY]", "a @ro @r | @u-robin"},
+        {"@sam @samsm @samstone @stone", "@sam [assignee:@samsm] [assignee:@samstone] [assignee:@stone]",
+         "@sam | @u-sam @u-sam2"},
+        {"@jos\u00e9 @JOSE\u0301 @jose @jn", "[assignee:@jos\u00e9] [assignee:@JOSE\u0301] @jose [assignee:@jn]",
+         "@jose | @u-jose"},
+        {"@maryanno'neil, @mary.", "[assignee:@maryanno'neil], [assignee:@mary].", "| @u-mary"},
+        {"@nobody @ @@rosa", "@nobody @ @@rosa", "@nobody @ @@rosa |"},
+        {"#DESIGN_review #design--review #Design", "[label:#DESIGN_review] [label:#design--review] [label:#Design]",
+         "| #l-review #l-design"},
+        {"#api_v2 #API-V2 #Api--v2", "[label:#api_v2] [label:#API-V2] #Api--v2", "#Api--v2 | #l-api #l-api2"},
+        {"#\u00e4rger #A\u0308rger #arger", "[label:#\u00e4rger] [label:#A\u0308rger] #arger", "#arger | #l-aerger"},
+        {"# #42 #bugs", "# #42 #bugs", "# #42 #bugs |"},
+    });
     QuickAddContext nobody{
         .today = tuesday, .members = std::vector<QuickAddMember>(), .labels = std::vector<QuickAddLabel>()};
-    expectLines(nobody, {{"@rob #bug #\"x y\"", "@rob #bug #\"x y\"", "@rob #bug #\"x y\" |"}});
+    LinesIn{nobody}.mean({{"@rob #bug #\"x y\"", "@rob #bug #\"x y\"", "@rob #bug #\"x y\" |"}});
 }
 
 TEST(QuickAddParser, acceptsWellFormedNamesWhileTheListsAreUnknown) {
-    expectLines(samples::unknownLists(),
-                {
-                    {"@Robin @o'neil-x_1.2 @\u00c9va @4u",
-                     "[assignee:@Robin] [assignee:@o'neil-x_1.2] [assignee:@\u00c9va] [assignee:@4u]",
-                     "| @robin @o'neil-x_1.2 @\u00e9va @4u"},
-                    {"@ @.rob @a@b @e\u0301 @\U0001f600", "@ @.rob @a@b @e\u0301 @\U0001f600",
-                     "@ @.rob @a@b @e\u0301 @\U0001f600 |"},
-                    {"#Design #x/y #42 #4\u0662 # #4a", "[label:#Design] [label:#x/y] #42 #4\u0662 # [label:#4a]",
-                     "#42 #4\u0662 # | #design #x/y #4a"},
-                    {"#\"Big Thing\" #\u201c a \u201d #\"12\"",
-                     "[label:#\"Big Thing\"] [label:#\u201c a \u201d] #\"12\"", "#\"12\" | #Big Thing #a"},
-                });
+    LinesIn{samples::unknownLists()}.mean({
+        {"@Robin @o'neil-x_1.2 @\u00c9va @4u",
+         "[assignee:@Robin] [assignee:@o'neil-x_1.2] [assignee:@\u00c9va] [assignee:@4u]",
+         "| @robin @o'neil-x_1.2 @\u00e9va @4u"},
+        {"@ @.rob @a@b @e\u0301 @\U0001f600", "@ @.rob @a@b @e\u0301 @\U0001f600",
+         "@ @.rob @a@b @e\u0301 @\U0001f600 |"},
+        {"#Design #x/y #42 #4\u0662 # #4a", "[label:#Design] [label:#x/y] #42 #4\u0662 # [label:#4a]",
+         "#42 #4\u0662 # | #design #x/y #4a"},
+        {"#\"Big Thing\" #\u201c a \u201d #\"12\"", "[label:#\"Big Thing\"] [label:#\u201c a \u201d] #\"12\"",
+         "#\"12\" | #Big Thing #a"},
+    });
     const auto result = QuickAdd::parse("@Robin", samples::unknownLists());
     EXPECT_EQ(result.tokens.at(0).display, "@robin");
 }
 
 TEST(QuickAddParser, findsQuotedLabels) {
-    expectLines(samples::boardContext(),
-                {
-                    {"fix #\"Design Review\", now", "fix [label:#\"Design Review\"], now", "fix, now | #l-review"},
-                    {"#bug #\"design\" #\u201cbug\u201d", "[label:#bug] [label:#\"design\"] [label:#\u201cbug\u201d]",
-                     "| #l-design #l-bug"},
-                    {"x#\"design review\"y z", "x[label:#\"design review\"]y z", "xy z | #l-review"},
-                    {"#\"bug\"#\"design\"", "[label:#\"bug\"]#\"design\"", "#\"design\" | #l-bug"},
-                    {"#\"no such friday\" sat", "#\"no such friday\" [date:sat]", "#\"no such friday\" | 2025-06-14"},
-                    {"#\"bug #design", "#\"bug [label:#design]", "#\"bug | #l-design"},
-                    {"#\"\" #\" \" #bug\"", "#\"\" #\" \" [label:#bug]\"", "#\"\" #\" \"\" | #l-bug"},
-                    {"#\"no\"#\"bug\"", "#\"no\"[label:#\"bug\"]", "#\"no\" | #l-bug"},
-                });
+    LinesIn{samples::boardContext()}.mean({
+        {"fix #\"Design Review\", now", "fix [label:#\"Design Review\"], now", "fix, now | #l-review"},
+        {"#bug #\"design\" #\u201cbug\u201d", "[label:#bug] [label:#\"design\"] [label:#\u201cbug\u201d]",
+         "| #l-design #l-bug"},
+        {"x#\"design review\"y z", "x[label:#\"design review\"]y z", "xy z | #l-review"},
+        {"#\"bug\"#\"design\"", "[label:#\"bug\"]#\"design\"", "#\"design\" | #l-bug"},
+        {"#\"no such friday\" sat", "#\"no such friday\" [date:sat]", "#\"no such friday\" | 2025-06-14"},
+        {"#\"bug #design", "#\"bug [label:#design]", "#\"bug | #l-design"},
+        {"#\"\" #\" \" #bug\"", "#\"\" #\" \" [label:#bug]\"", "#\"\" #\" \"\" | #l-bug"},
+        {"#\"no\"#\"bug\"", "#\"no\"[label:#\"bug\"]", "#\"no\" | #l-bug"},
+    });
 }
 
 TEST(QuickAddParser, tidiesTheTitle) {
-    expectLines(on(tuesday),
-                {
-                    {"", "", "|"},
-                    {" \t\n ", " \t\n ", "|"},
-                    {"  Buy  milk\t now ", "  Buy  milk\t now ", "Buy milk now |"},
-                    {"tomorrow, call", "[date:tomorrow], call", "call | 2025-06-11"},
-                    {"call, tomorrow, Sam", "call, [date:tomorrow], Sam", "call, Sam | 2025-06-11"},
-                    {"call tomorrow, Sam", "call [date:tomorrow], Sam", "call, Sam | 2025-06-11"},
-                    {"call: tomorrow. Sam", "call: [date:tomorrow]. Sam", "call:. Sam | 2025-06-11"},
-                    {"call tomorrow!", "call [date:tomorrow]!", "call! | 2025-06-11"},
-                    {"tomorrow !high!? p1", "[date:tomorrow] [priority:!high]!? p1", "!? p1 | 2025-06-11 !high"},
-                    {"call (tomorrow) Sam", "call ([date:tomorrow]) Sam", "call () Sam | 2025-06-11"},
-                    {"a, ,b", "a, ,b", "a, ,b |"},
-                    {"Sam ;:", "Sam ;:", "Sam ; |"},
-                    {"Sam ,", "Sam ,", "Sam |"},
-                    {"\u00a0Sam\u3000tomorrow\u2028", "\u00a0Sam\u3000[date:tomorrow]\u2028", "Sam | 2025-06-11"},
-                    {"tomorrow,5pm", "tomorrow,5pm", "tomorrow,5pm |"},
-                });
+    LinesIn{on(tuesday)}.mean({
+        {"", "", "|"},
+        {" \t\n ", " \t\n ", "|"},
+        {"  Buy  milk\t now ", "  Buy  milk\t now ", "Buy milk now |"},
+        {"tomorrow, call", "[date:tomorrow], call", "call | 2025-06-11"},
+        {"call, tomorrow, Sam", "call, [date:tomorrow], Sam", "call, Sam | 2025-06-11"},
+        {"call tomorrow, Sam", "call [date:tomorrow], Sam", "call, Sam | 2025-06-11"},
+        {"call: tomorrow. Sam", "call: [date:tomorrow]. Sam", "call:. Sam | 2025-06-11"},
+        {"call tomorrow!", "call [date:tomorrow]!", "call! | 2025-06-11"},
+        {"tomorrow !high!? p1", "[date:tomorrow] [priority:!high]!? p1", "!? p1 | 2025-06-11 !high"},
+        {"call (tomorrow) Sam", "call ([date:tomorrow]) Sam", "call () Sam | 2025-06-11"},
+        {"a, ,b", "a, ,b", "a, ,b |"},
+        {"Sam ;:", "Sam ;:", "Sam ; |"},
+        {"Sam ,", "Sam ,", "Sam |"},
+        {"\u00a0Sam\u3000tomorrow\u2028", "\u00a0Sam\u3000[date:tomorrow]\u2028", "Sam | 2025-06-11"},
+        {"tomorrow,5pm", "tomorrow,5pm", "tomorrow,5pm |"},
+    });
 }
 
 TEST(QuickAddParser, countsUtf16UnitsOfTheLineAsGiven) {
-    expectLines(on(tuesday),
-                {
-                    {"\U0001f600 tomorrow", "\U0001f600 [date:tomorrow]", "\U0001f600 | 2025-06-11"},
-                    {"\u0130\u0130 FR\u0130DAY today", "\u0130\u0130 FR\u0130DAY [date:today]",
-                     "\u0130\u0130 FR\u0130DAY | 2025-06-10"},
-                    {"next wee\u212a", "[date:next wee\u212a]", "| 2025-06-16"},  // the Kelvin sign lower-cases to k
-                });
+    LinesIn{on(tuesday)}.mean({
+        {"\U0001f600 tomorrow", "\U0001f600 [date:tomorrow]", "\U0001f600 | 2025-06-11"},
+        {"\u0130\u0130 FR\u0130DAY today", "\u0130\u0130 FR\u0130DAY [date:today]",
+         "\u0130\u0130 FR\u0130DAY | 2025-06-10"},
+        {"next wee\u212a", "[date:next wee\u212a]", "| 2025-06-16"},  // the Kelvin sign lower-cases to k
+    });
     const auto result = QuickAdd::parse("\xff\xfe today", on(tuesday));
     ASSERT_EQ(result.tokens.size(), 1U);
     EXPECT_EQ(result.tokens[0].start, 3U);

@@ -29,10 +29,6 @@ public:
         session_.moveCaret(toUtf16(session_.text()).find(toUtf16(text)) + toUtf16(text).size());
         return *this;
     }
-    Field& goToEnd() {
-        session_.moveCaret(toUtf16(session_.text()).size());
-        return *this;
-    }
 
 private:
     void replace(std::size_t start, std::size_t end, std::u16string_view by) {

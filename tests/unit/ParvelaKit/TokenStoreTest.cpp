@@ -8,26 +8,14 @@ namespace parvela {
 namespace {
 
 TEST(TokenFormat, acceptsOnlyTheAsciiForm) {
-    const struct {
-        std::string token;
-        bool valid;
-    } cases[] = {
-        {"tk_a", true},
-        {"tk_A-b_9", true},
-        {"tk_" + std::string(508, 'x'), true},
-        {"tk_" + std::string(509, 'x'), false},
-        {"tk_", false},
-        {"", false},
-        {"TK_abc", false},
-        {"tk_abc!", false},
-        {"tk_äbc", false},
-        {"tk_a\u0301bc", false},
-        {"tk_ab c", false},
-        {"tk_abc\n", false},
-        {std::string("tk_a\0b", 6), false},
-        {" tk_abc", false},
-    };
-    for (const auto& [token, valid] : cases) EXPECT_EQ(TokenFormat::isValid(token), valid) << token;
+    for (const std::string& token : std::vector<std::string>{"tk_a", "tk_A-b_9", "tk_" + std::string(508, 'x')}) {
+        EXPECT_TRUE(TokenFormat::isValid(token)) << token;
+    }
+    for (const std::string& token :
+         std::vector<std::string>{"tk_" + std::string(509, 'x'), "tk_", "", "TK_abc", "tk_abc!", "tk_äbc",
+                                  "tk_a\u0301bc", "tk_ab c", "tk_abc\n", std::string("tk_a\0b", 6), " tk_abc"}) {
+        EXPECT_FALSE(TokenFormat::isValid(token)) << token;
+    }
 }
 
 TEST(TokenFormat, normalisingDropsBlanksAndTheBearerWord) {
