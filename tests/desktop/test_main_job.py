@@ -77,7 +77,6 @@ class SecondLaunch(DesktopTest):
 class LaunchOptions(DesktopTest):
     def test_open_a_task_form_or_a_window_at_the_start_and_in_the_program_that_runs(self):
         page = self.start_linked()
-        page.wait_for_path("/home")
         self.assertEqual(0, self.app.start_again("--new-window").returncode)
         wait_until(lambda: len(self.app.windows()) == 2, "a second window")
         self.assertEqual(0, self.app.start_again("--background").returncode)

@@ -17,7 +17,6 @@ class Menu(DesktopTest):
 
     def test_commands_of_the_page(self):
         page = self.start_linked()
-        page.wait_for_path("/home")
         self.assertFalse(self.enabled("setBoardView"))
         self.assertFalse(self.enabled("selectNextTab"))
         page.evaluate("window.loadedOnce = true")
@@ -57,7 +56,6 @@ class Menu(DesktopTest):
 
     def test_a_command_chosen_by_keys_leaves_the_keyboard_to_the_page(self):
         page = self.start_linked()
-        page.wait_for_path("/home")
         self.app.wait_for_window().activate()
         wait_until(lambda: self.enabled("toggleParvelaSidebar"), "the page to draw its header itself")
         tree = self.accessibility()
@@ -76,7 +74,6 @@ class Menu(DesktopTest):
 
     def test_commands_and_keys_of_the_window(self):
         page = self.start_linked()
-        page.wait_for_path("/home")
         window = self.app.wait_for_window()
         window.activate()
         windows.press(self.session, "F11")

@@ -123,7 +123,6 @@ class SavedWindows(DesktopTest):
 
     def test_come_back_with_their_tabs(self):
         page = self.start_linked()
-        page.wait_for_path("/home")
         window = self.app.wait_for_window()
         window.activate()
         windows.press(self.session, "ctrl+t")
@@ -145,7 +144,6 @@ class SavedWindows(DesktopTest):
 
     def test_a_burst_of_moves_is_saved_once(self):
         page = self.start_linked()
-        page.wait_for_path("/home")
         window = self.app.wait_for_window()
         window.activate()
         frame = wait_until(lambda: self.saved() and self.saved()[0]["frame"], "the first saved frame")

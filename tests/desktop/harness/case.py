@@ -112,4 +112,5 @@ class DesktopTest(unittest.TestCase):
         page.press("Explore the demo")
         page.press("Allow")
         wait_until(self.app.stored_token, "the token in the keyring")
+        page.wait_for_path("/home")
         return page

@@ -192,9 +192,6 @@ class Page:
         return true;
     })()"""
 
-    def shows_button(self, name):
-        return self.evaluate(self._FIND % (json.dumps(name), ""))
-
     def press(self, name, timeout=15.0):
         """Presses the button or link with this name once it is there."""
         wait_until(lambda: self.evaluate(self._FIND % (json.dumps(name), "found.click();")), f"a button '{name}'", timeout)

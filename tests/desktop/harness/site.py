@@ -38,7 +38,7 @@ class Server:
 
 
 class Site(Server):
-    """Serves `answers`: path -> HTML text, or (status, headers, body). A path may be added at any time; a callable gets the path."""
+    """Serves `answers`: path -> HTML text, or (status, headers, body). A path may be added at any time."""
 
     def __init__(self, answers=None):
         self.answers = dict(answers or {})
@@ -48,7 +48,5 @@ class Site(Server):
     def answer(self, _method, path, _headers, _content):
         self.requests.append(path)
         answer = self.answers.get(path.partition("?")[0], (404, {}, b""))
-        if callable(answer):
-            answer = answer(path)
         status, headers, body = answer if isinstance(answer, tuple) else (200, {}, answer)
         return status, headers, body.encode() if isinstance(body, str) else body
