@@ -6,7 +6,7 @@ import { ago, moment } from '../core/dates.js';
 import { useInbox } from '../core/data.js';
 import { taskPath } from '../core/router.js';
 import { toastError } from '../core/toasts.js';
-import { Avatar, Empty, Loaded } from '../ui/bits.js';
+import { Avatar, Empty, Loaded, Segmented } from '../ui/bits.js';
 import { Icon } from '../ui/icon.js';
 
 async function mark({ ids, all, read }) {
@@ -26,15 +26,18 @@ async function mark({ ids, all, read }) {
   }
 }
 
+const SHOWN = [
+  { id: 'all', name: 'All' },
+  { id: 'unread', name: 'Unread' },
+];
+
 export function InboxPage() {
   const inbox = useInbox();
-  const [onlyUnread, setOnlyUnread] = useState(false);
+  const [show, setShow] = useState('all');
+  const onlyUnread = show === 'unread';
   return html`<div class="page page-narrow">
     <div class="page-head">
-      <div class="segmented" role="group" aria-label="Show">
-        <button type="button" aria-pressed=${String(!onlyUnread)} onClick=${() => setOnlyUnread(false)}>All</button>
-        <button type="button" aria-pressed=${String(onlyUnread)} onClick=${() => setOnlyUnread(true)}>Unread</button>
-      </div>
+      <${Segmented} label="Show" options=${SHOWN} value=${show} onPick=${setShow} />
       <span class="grow"></span>
       <button
         type="button"

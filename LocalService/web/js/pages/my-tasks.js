@@ -1,13 +1,13 @@
 /** Everything assigned to the person, grouped as they like. */
-import { html, useMemo, useState } from '../view.js';
+import { html, useMemo } from '../view.js';
 import { api } from '../core/api.js';
 import { useResource } from '../core/cache.js';
 import { addDays, startOfWeek, today } from '../core/dates.js';
 import { useBoardColors, usePeopleMap } from '../core/data.js';
-import { recall, remember } from '../core/local.js';
 import { overlay } from '../core/overlay.js';
 import { dueOrder, PRIORITIES, priorityRank } from '../core/tasks.js';
-import { Empty, Loaded } from '../ui/bits.js';
+import { Empty, Loaded, Segmented } from '../ui/bits.js';
+import { useKept } from '../ui/kept.js';
 import { TaskGroup, TaskRow } from '../ui/task-bits.js';
 
 const MODES = [
@@ -46,7 +46,7 @@ export function MyTasksPage() {
   const resource = useResource('my', api.myTasks);
   const colors = useBoardColors();
   const people = usePeopleMap();
-  const [mode, setMode] = useState(() => recall('my.mode') ?? 'due');
+  const [mode, setMode] = useKept('my.mode', 'due');
   const tasks = resource.data?.tasks;
   const groups = useMemo(
     () =>
@@ -67,21 +67,7 @@ export function MyTasksPage() {
   return html`<div class="page">
     <div class="page-head">
       <p class="muted grow">${tasks && countText(tasks.length - done.length)}</p>
-      <div class="segmented" role="group" aria-label="Group by">
-        ${MODES.map(
-          ({ id, name }) => html`<button
-            key=${id}
-            type="button"
-            aria-pressed=${String(id === mode)}
-            onClick=${() => {
-              setMode(id);
-              remember('my.mode', id);
-            }}
-          >
-            ${name}
-          </button>`,
-        )}
-      </div>
+      <${Segmented} label="Group by" options=${MODES} value=${mode} onPick=${setMode} />
     </div>
     <${Loaded} resource=${resource} rows=${8}>
       ${() =>

@@ -62,6 +62,18 @@ export function AvatarStack({ people, most = 3, size = 22 }) {
 export const LabelChip = ({ label }) =>
   html`<span class="label ${toneClass(label.tone)}" title=${label.name}><span class="truncate">${label.name}</span></span>`;
 
+/**
+ * One of a few, all in sight.
+ * @param {{ label: string, options: { id: string, name: string }[], value: string, onPick: (id: string) => void }} props
+ */
+export const Segmented = ({ label, options, value, onPick }) =>
+  html`<div class="segmented" role="group" aria-label=${label}>
+    ${options.map(
+      ({ id, name }) =>
+        html`<button key=${id} type="button" aria-pressed=${String(id === value)} onClick=${() => onPick(id)}>${name}</button>`,
+    )}
+  </div>`;
+
 /** What a page shows when there is nothing. @param {{ icon: string, title: string, children?: any, compact?: boolean }} props */
 export function Empty({ icon, title, children, compact = false }) {
   return html`<div class="empty ${compact ? 'empty-compact' : ''}">

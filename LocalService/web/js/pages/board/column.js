@@ -2,13 +2,14 @@
 import { html, useMemo, useRef, useState } from '../../view.js';
 import { api } from '../../core/api.js';
 import { invalidate } from '../../core/cache.js';
-import { recall, remember } from '../../core/local.js';
+import { recall } from '../../core/local.js';
 import { taskPath } from '../../core/router.js';
 import { toast, toastError } from '../../core/toasts.js';
 import { AvatarStack, LabelChip } from '../../ui/bits.js';
 import { useFocus } from '../../ui/focus.js';
 import { useSubmit } from '../../ui/form.js';
 import { Icon } from '../../ui/icon.js';
+import { useKept } from '../../ui/kept.js';
 import { Dropdown, MenuItem } from '../../ui/popover.js';
 import { Counts, DoneCheck, DueChip, PriorityMark } from '../../ui/task-bits.js';
 
@@ -161,17 +162,13 @@ function AddCard({ board, list }) {
 }
 
 function AddCardForm({ board, list, draft, close }) {
-  const [text, setText] = useState(() => recall(draft) ?? '');
+  const [text, setText] = useKept(draft);
   const field = useFocus();
-  const change = (value) => {
-    setText(value);
-    remember(draft, value);
-  };
   const { busy, error, submit } = useSubmit(async () => {
     const title = text.trim().replace(/\s+/g, ' ');
     if (title === '') return;
     await api.createTask({ board: board.id, list: list.id, title });
-    change('');
+    setText('');
     invalidate((key) => [`board:${board.id}`, 'boards', 'home'].includes(key));
     field.current?.focus();
   });
@@ -184,7 +181,7 @@ function AddCardForm({ board, list, draft, close }) {
       placeholder="What needs doing?"
       maxlength="500"
       value=${text}
-      onInput=${(event) => change(event.currentTarget.value)}
+      onInput=${(event) => setText(event.currentTarget.value)}
       onKeyDown=${(event) => {
         if (event.key === 'Enter' && !event.shiftKey && !event.isComposing) submit(event);
         if (event.key === 'Escape') close();

@@ -1,12 +1,12 @@
 /** The board's tasks as bars from their start to their due date. */
-import { html, useLayoutEffect, useMemo, useRef, useState } from '../../view.js';
+import { html, useLayoutEffect, useMemo, useRef } from '../../view.js';
 import { announce } from '../../core/announce.js';
 import { addDays, dayNumber, longDate, monthTitle, shortDate, startOfWeek, today, weekday } from '../../core/dates.js';
-import { recall, remember } from '../../core/local.js';
 import { taskPath } from '../../core/router.js';
 import { changeTask } from '../../core/tasks.js';
 import { toneClass } from '../../core/color.js';
-import { Empty } from '../../ui/bits.js';
+import { Empty, Segmented } from '../../ui/bits.js';
+import { useKept } from '../../ui/kept.js';
 import { DoneCheck } from '../../ui/task-bits.js';
 import { dragBar } from './bar-drag.js';
 import { columnsOf } from './order.js';
@@ -29,7 +29,7 @@ const spanOf = (task) => {
 /** @param {{ board: any, tasks: any[] }} props */
 export function TimelineView({ board, tasks }) {
   const now = today();
-  const [scaleId, setScaleId] = useState(() => recall('timeline.scale') ?? 'weeks');
+  const [scaleId, setScaleId] = useKept('timeline.scale', 'weeks');
   const scale = SCALES.find((entry) => entry.id === scaleId) ?? SCALES[0];
   const root = useRef(null);
   const dated = useMemo(() => tasks.filter((task) => task.due_date || task.start_date), [tasks]);
@@ -71,21 +71,7 @@ export function TimelineView({ board, tasks }) {
 
   return html`<div class="timeline" style=${{ '--day': `${scale.day}px`, '--days': length }} onKeyDown=${onKeyDown}>
     <div class="month-bar">
-      <div class="segmented" role="group" aria-label="Scale">
-        ${SCALES.map(
-          (entry) => html`<button
-            key=${entry.id}
-            type="button"
-            aria-pressed=${String(entry.id === scale.id)}
-            onClick=${() => {
-              setScaleId(entry.id);
-              remember('timeline.scale', entry.id);
-            }}
-          >
-            ${entry.name}
-          </button>`,
-        )}
-      </div>
+      <${Segmented} label="Scale" options=${SCALES} value=${scale.id} onPick=${setScaleId} />
       <span class="grow"></span>
       ${
         tasks.length > dated.length &&

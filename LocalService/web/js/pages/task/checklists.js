@@ -2,12 +2,12 @@
 import { html, useRef, useState } from '../../view.js';
 import { api, call } from '../../core/api.js';
 import { optimistic } from '../../core/cache.js';
-import { recall, remember } from '../../core/local.js';
 import { toastError } from '../../core/toasts.js';
 import { Progress } from '../../ui/bits.js';
 import { useFocus } from '../../ui/focus.js';
 import { useSubmit } from '../../ui/form.js';
 import { Icon } from '../../ui/icon.js';
+import { useKept } from '../../ui/kept.js';
 
 /** Changes the checklists shown of one task, then really. */
 function changeLists(task, change, commit) {
@@ -145,16 +145,12 @@ function ItemField({ item, save }) {
  * @param {{ label: string, placeholder: string, draft: string, onAdd: (text: string) => Promise<void> }} props
  */
 export function AddLine({ label, placeholder, draft, onAdd }) {
-  const [text, setText] = useState(() => recall(draft) ?? '');
-  const change = (value) => {
-    setText(value);
-    remember(draft, value);
-  };
+  const [text, setText] = useKept(draft);
   const field = useRef(null);
   const { busy, error, submit } = useSubmit(async () => {
     if (text.trim() === '') return;
     await onAdd(text.trim());
-    change('');
+    setText('');
     field.current?.focus();
   });
   return html`<form class="add-line" onSubmit=${submit}>
@@ -166,7 +162,7 @@ export function AddLine({ label, placeholder, draft, onAdd }) {
       placeholder=${placeholder}
       maxlength="500"
       value=${text}
-      onInput=${(event) => change(event.currentTarget.value)}
+      onInput=${(event) => setText(event.currentTarget.value)}
     />
     ${text.trim() !== '' && html`<button class="button button-small" disabled=${busy}>Add</button>`}
     ${error && html`<p class="form-error" role="alert">${error}</p>`}

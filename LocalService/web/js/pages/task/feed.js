@@ -2,17 +2,18 @@
 import { html, useMemo, useState } from '../../view.js';
 import { api } from '../../core/api.js';
 import { ago, moment } from '../../core/dates.js';
-import { recall, remember } from '../../core/local.js';
 import { Avatar } from '../../ui/bits.js';
 import { ConfirmDialog } from '../../ui/dialog.js';
 import { useSubmit } from '../../ui/form.js';
 import { GrowArea } from '../../ui/grow-area.js';
 import { Icon } from '../../ui/icon.js';
+import { useKept } from '../../ui/kept.js';
 import { RichText } from '../../ui/rich-text.js';
 
 /** @param {{ task: any, me: any, reload: () => void }} props */
 export function Feed({ task, me, reload }) {
-  const [onlyComments, setOnlyComments] = useState(() => recall('feed.comments') === '1');
+  const [filter, setFilter] = useKept('feed.comments');
+  const onlyComments = filter === '1';
   const entries = useMemo(() => {
     const comments = task.comments.map((comment) => ({ at: comment.at, id: `comment ${comment.id}`, comment }));
     const events = onlyComments
@@ -28,10 +29,7 @@ export function Feed({ task, me, reload }) {
         <input
           type="checkbox"
           checked=${onlyComments}
-          onChange=${(event) => {
-            setOnlyComments(event.currentTarget.checked);
-            remember('feed.comments', event.currentTarget.checked ? '1' : null);
-          }}
+          onChange=${(event) => setFilter(event.currentTarget.checked ? '1' : '')}
         />
         <span>Comments only</span>
       </label>
@@ -122,16 +120,11 @@ function Comment({ comment, reload }) {
 }
 
 function Composer({ task, me, reload }) {
-  const draft = `draft.comment.${task.key}`;
-  const [text, setText] = useState(() => recall(draft) ?? '');
-  const change = (value) => {
-    setText(value);
-    remember(draft, value);
-  };
+  const [text, setText] = useKept(`draft.comment.${task.key}`);
   const { busy, error, submit } = useSubmit(async () => {
     if (text.trim() === '') return;
     await api.comment(task.key, text.trim());
-    change('');
+    setText('');
     reload();
   });
   return html`<form class="composer" onSubmit=${submit}>
@@ -143,7 +136,7 @@ function Composer({ task, me, reload }) {
         placeholder="Write a comment"
         maxlength="10000"
         value=${text}
-        onInput=${(event) => change(event.currentTarget.value)}
+        onInput=${(event) => setText(event.currentTarget.value)}
         onKeyDown=${(event) => {
           if (event.key === 'Enter' && (event.ctrlKey || event.metaKey)) submit(event);
         }}
