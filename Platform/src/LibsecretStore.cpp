@@ -156,6 +156,13 @@ Task<SecretStatus> unlock(Service service, std::vector<Ref<GDBusProxy>> objects,
     co_return unlocked == static_cast<gint>(objects.size()) ? SecretStatus::success : SecretStatus::locked;
 }
 
+template <class T>
+std::vector<Ref<GDBusProxy>> asProxies(const std::vector<Ref<T>>& objects) {
+    std::vector<Ref<GDBusProxy>> proxies;
+    for (const auto& object : objects) proxies.push_back(Ref<GDBusProxy>::ref(object.template as<GDBusProxy>()));
+    return proxies;
+}
+
 /// The matching items, unlocked; never an empty list.
 Task<Result<KeyringItems, SecretStatus>> findUnlocked(Service service, SecretItem item, AttemptPtr attempt) {
     auto firstSearch = search(service, item, Secrets::skip);
@@ -166,8 +173,7 @@ Task<Result<KeyringItems, SecretStatus>> findUnlocked(Service service, SecretIte
         const auto collection = co_await collectionTask;
         if (!collection) co_return Failure(collection.error());
         if (!*collection || !secret_collection_get_locked(collection->get())) co_return Failure(SecretStatus::notFound);
-        std::vector<Ref<GDBusProxy>> objects{Ref<GDBusProxy>::ref(collection->as<GDBusProxy>())};
-        auto unlocking = unlock(service, std::move(objects), attempt);
+        auto unlocking = unlock(service, asProxies(std::vector{*collection}), attempt);
         const SecretStatus status = co_await unlocking;
         if (status != SecretStatus::success) co_return Failure(status);
         auto secondSearch = search(service, item, Secrets::skip);
@@ -175,24 +181,20 @@ Task<Result<KeyringItems, SecretStatus>> findUnlocked(Service service, SecretIte
         if (!found) co_return Failure(found.error());
         if (found->empty()) co_return Failure(SecretStatus::notFound);
     }
-    std::vector<Ref<GDBusProxy>> locked;
+    KeyringItems locked;
     for (const auto& keyringItem : *found) {
-        if (secret_item_get_locked(keyringItem.get()))
-            locked.push_back(Ref<GDBusProxy>::ref(keyringItem.as<GDBusProxy>()));
+        if (secret_item_get_locked(keyringItem.get())) locked.push_back(keyringItem);
     }
     if (!locked.empty()) {
-        auto unlocking = unlock(service, std::move(locked), attempt);
+        auto unlocking = unlock(service, asProxies(locked), attempt);
         const SecretStatus status = co_await unlocking;
         if (status != SecretStatus::success) co_return Failure(status);
     }
     co_return std::move(*found);
 }
 
-Task<Result<std::string, SecretStatus>> readItem(SecretItem item) {
-    auto opening = openService();
-    const auto service = co_await opening;
-    if (!service) co_return Failure(service.error());
-    auto searching = search(*service, std::move(item), Secrets::load);
+Task<Result<std::string, SecretStatus>> readItem(Service service, SecretItem item) {
+    auto searching = search(service, std::move(item), Secrets::load);
     const auto found = co_await searching;
     if (!found) co_return Failure(found.error());
     for (const auto& keyringItem : *found) {
@@ -205,16 +207,13 @@ Task<Result<std::string, SecretStatus>> readItem(SecretItem item) {
     if (!found->empty()) {
         co_return Failure(secret_item_get_locked(found->front().get()) ? SecretStatus::locked : SecretStatus::failed);
     }
-    auto explaining = statusOfNothing(*service);
+    auto explaining = statusOfNothing(service);
     const SecretStatus status = co_await explaining;
     co_return Failure(status);
 }
 
-Task<SecretStatus> updateItem(SecretItem item, std::string secret, AttemptPtr attempt) {
-    auto opening = openService();
-    const auto service = co_await opening;
-    if (!service) co_return service.error();
-    auto finding = findUnlocked(*service, std::move(item), attempt);
+Task<SecretStatus> updateItem(Service service, SecretItem item, std::string secret, AttemptPtr attempt) {
+    auto finding = findUnlocked(service, std::move(item), attempt);
     const auto found = co_await finding;
     if (!found) co_return found.error();
     // Two programs may have added the same item at once: keep all of them alike.
@@ -250,19 +249,16 @@ Task<Result<Collection, SecretStatus>> openCollection(Service service, AttemptPt
         co_return created;
     }
     if (secret_collection_get_locked(collection->get())) {
-        std::vector<Ref<GDBusProxy>> objects{Ref<GDBusProxy>::ref(collection->as<GDBusProxy>())};
-        auto unlocking = unlock(service, std::move(objects), attempt);
+        auto unlocking = unlock(service, asProxies(std::vector{*collection}), attempt);
         const SecretStatus status = co_await unlocking;
         if (status != SecretStatus::success) co_return Failure(status);
     }
     co_return std::move(*collection);
 }
 
-Task<SecretStatus> addItem(SecretItem item, std::string secret, std::string label, AttemptPtr attempt) {
-    auto opening = openService();
-    const auto service = co_await opening;
-    if (!service) co_return service.error();
-    auto opened = openCollection(*service, attempt);
+Task<SecretStatus> addItem(Service service, SecretItem item, std::string secret, std::string label,
+                           AttemptPtr attempt) {
+    auto opened = openCollection(service, attempt);
     const auto collection = co_await opened;
     if (!collection) co_return collection.error();
     // Without "replace": that would match the copy of a group as well.
@@ -277,11 +273,8 @@ Task<SecretStatus> addItem(SecretItem item, std::string secret, std::string labe
     co_return created ? SecretStatus::success : SecretStatus::failed;
 }
 
-Task<SecretStatus> removeItem(SecretItem item, AttemptPtr attempt) {
-    auto opening = openService();
-    const auto service = co_await opening;
-    if (!service) co_return service.error();
-    auto finding = findUnlocked(*service, std::move(item), attempt);
+Task<SecretStatus> removeItem(Service service, SecretItem item, AttemptPtr attempt) {
+    auto finding = findUnlocked(service, std::move(item), attempt);
     const auto found = co_await finding;
     if (!found) co_return found.error();
     for (const auto& keyringItem : *found) {
@@ -295,11 +288,8 @@ Task<SecretStatus> removeItem(SecretItem item, AttemptPtr attempt) {
     co_return SecretStatus::success;
 }
 
-Task<SecretStatus> unlockItem(SecretItem item, AttemptPtr attempt) {
-    auto opening = openService();
-    const auto service = co_await opening;
-    if (!service) co_return service.error();
-    auto finding = findUnlocked(*service, std::move(item), attempt);
+Task<SecretStatus> unlockItem(Service service, SecretItem item, AttemptPtr attempt) {
+    auto finding = findUnlocked(service, std::move(item), attempt);
     const auto found = co_await finding;
     co_return found || found.error() == SecretStatus::notFound ? SecretStatus::success : found.error();
 }
@@ -312,15 +302,38 @@ SecretStatus statusOf(const Result<std::string, SecretStatus>& result) {
     return result ? SecretStatus::success : result.error();
 }
 
+/// The outcome of an operation that failed so.
+template <class T>
+T failedWith(SecretStatus status) {
+    if constexpr (std::is_same_v<T, SecretStatus>) {
+        return status;
+    } else {
+        return Failure(status);
+    }
+}
+
+template <class T>
+using Operation = std::function<Task<T>(Service, AttemptPtr)>;
+
+template <class T>
+Task<T> withService(Operation<T> operation, AttemptPtr attempt) {
+    auto opening = openService();
+    const auto service = co_await opening;
+    if (!service) co_return failedWith<T>(service.error());
+    auto work = operation(*service, std::move(attempt));
+    auto result = co_await work;
+    co_return result;
+}
+
 /// A keyring that was restarted does not know the session that libsecret keeps, and fails; with a new session it may
 /// not.
 template <class T>
-Task<T> withLiveSession(std::function<Task<T>()> operation) {
-    auto first = operation();
+Task<T> withLiveSession(Operation<T> operation, AttemptPtr attempt) {
+    auto first = withService<T>(operation, attempt);
     auto result = co_await first;
     if (statusOf(result) == SecretStatus::failed) {
         secret_service_disconnect();
-        auto second = operation();
+        auto second = withService<T>(operation, attempt);
         result = co_await second;
     }
     co_return result;
@@ -363,50 +376,47 @@ template <class T>
 Task<T> within(LibsecretStore::Patience patience, Task<T> work, AttemptPtr attempt) {
     const Deferred<T> outcome;
     deliver(std::move(work), outcome).detach();
-    const Watchdog watchdog(patience, std::move(attempt), [outcome](SecretStatus status) {
-        if constexpr (std::is_same_v<T, SecretStatus>) {
-            outcome.resolve(status);
-        } else {
-            outcome.resolve(Failure(status));
-        }
-    });
+    const Watchdog watchdog(patience, std::move(attempt),
+                            [outcome](SecretStatus status) { outcome.resolve(failedWith<T>(status)); });
     auto result = co_await outcome;
     co_return result;
 }
 
 template <class T>
-Task<T> perform(LibsecretStore::Patience patience, std::function<Task<T>(AttemptPtr)> operation) {
+Task<T> perform(LibsecretStore::Patience patience, Operation<T> operation) {
     const auto attempt = std::make_shared<Attempt>();
-    return within(patience,
-                  withLiveSession<T>([operation = std::move(operation), attempt] { return operation(attempt); }),
-                  attempt);
+    return within(patience, withLiveSession<T>(std::move(operation), attempt), attempt);
 }
 
 }  // namespace
 
 Task<Result<std::string, SecretStatus>> LibsecretStore::read(SecretItem item) {
-    return perform<Result<std::string, SecretStatus>>(patience_, [item](const AttemptPtr&) { return readItem(item); });
+    return perform<Result<std::string, SecretStatus>>(
+        patience_, [item](Service service, const AttemptPtr&) { return readItem(std::move(service), item); });
 }
 
 Task<SecretStatus> LibsecretStore::update(SecretItem item, std::string secret) {
-    return perform<SecretStatus>(
-        patience_, [item, secret](AttemptPtr attempt) { return updateItem(item, secret, std::move(attempt)); });
+    return perform<SecretStatus>(patience_, [item, secret](Service service, AttemptPtr attempt) {
+        return updateItem(std::move(service), item, secret, std::move(attempt));
+    });
 }
 
 Task<SecretStatus> LibsecretStore::add(SecretItem item, std::string secret, std::string label) {
-    return perform<SecretStatus>(patience_, [item, secret, label](AttemptPtr attempt) {
-        return addItem(item, secret, label, std::move(attempt));
+    return perform<SecretStatus>(patience_, [item, secret, label](Service service, AttemptPtr attempt) {
+        return addItem(std::move(service), item, secret, label, std::move(attempt));
     });
 }
 
 Task<SecretStatus> LibsecretStore::remove(SecretItem item) {
-    return perform<SecretStatus>(patience_,
-                                 [item](AttemptPtr attempt) { return removeItem(item, std::move(attempt)); });
+    return perform<SecretStatus>(patience_, [item](Service service, AttemptPtr attempt) {
+        return removeItem(std::move(service), item, std::move(attempt));
+    });
 }
 
 Task<SecretStatus> LibsecretStore::unlock(SecretItem item) {
-    return perform<SecretStatus>(patience_,
-                                 [item](AttemptPtr attempt) { return unlockItem(item, std::move(attempt)); });
+    return perform<SecretStatus>(patience_, [item](Service service, AttemptPtr attempt) {
+        return unlockItem(std::move(service), item, std::move(attempt));
+    });
 }
 
 }  // namespace parvela
