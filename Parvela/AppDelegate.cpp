@@ -74,7 +74,12 @@ AppDelegate::AppDelegate(std::optional<UpdateFeed> updates)
                                                                },
                                                            .syncPush = [this] { push_->sync().detach(); }});
     push_ = std::make_shared<PushRegistrar>(session, PushRegistrar::Program{.bundleId = PARVELA_APP_ID});
+    connectApplication();
+}
 
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::connectApplication() {
     g_application_add_main_option_entries(G_APPLICATION(application_.get()), options.data());
     GApplication* const application = G_APPLICATION(application_.get());
     connections_.push_back(connect<int(GApplication*, GVariantDict*)>(
@@ -99,8 +104,6 @@ AppDelegate::AppDelegate(std::optional<UpdateFeed> updates)
     connections_.push_back(
         connect<void(GApplication*)>(application, "shutdown", [this](GApplication*) { willTerminate(); }));
 }
-
-AppDelegate::~AppDelegate() = default;
 
 int AppDelegate::run(int argc, char** argv) {
     const bool safe = Preferences(defaults_).safeRenderer() || !hasRenderNode();
@@ -256,10 +259,7 @@ void AppDelegate::openAutomation() {
                        .queue = &waitingLines_->queue(),
                        .surfaces = std::move(surfaces),
                        .showQuickAdd = [this] { showQuickAdd(); },
-                       .frontWindow = [this]() -> GtkWindow* {
-                           MainWindow* const window = windows_->frontWindow();
-                           return window && window->isVisible() ? window->get() : nullptr;
-                       },
+                       .frontWindow = [this] { return visibleWindow(); },
                        .isReachable = [this] { return isReachableWithoutWindow(); }});
 }
 
@@ -320,18 +320,20 @@ void AppDelegate::addUpdates() {
     limits.body = appcast::maximumSize;
     const auto updater = std::make_shared<AppcastUpdater>(*updateFeed_, *current, Transport(SoupTransport(limits)),
                                                           Preferences(defaults_), clock_);
-    const auto visibleWindow = [this] {
-        MainWindow* const window = windows_->frontWindow();
-        return window && window->isVisible() ? window->get() : nullptr;
-    };
     updates_ = std::make_shared<UpdateController>(
         updater, std::move(*current), desktop_,
-        UpdateSurfaces{.visibleWindow = visibleWindow, .remark = [this](const std::string& text) { showToast(text); }});
+        UpdateSurfaces{.visibleWindow = [this] { return visibleWindow(); },
+                       .remark = [this](const std::string& text) { showToast(text); }});
     addAction("checkForUpdates", [this] { updates_->checkNow(); });
     connections_.push_back(connect<void(GObject*, GParamSpec*)>(application_.get(), "notify::active-window",
                                                                 [this](GObject*, GParamSpec*) {
                                                                     if (updates_) updates_->windowBecameActive();
                                                                 }));
+}
+
+GtkWindow* AppDelegate::visibleWindow() const {
+    MainWindow* const window = windows_->frontWindow();
+    return window && window->isVisible() ? window->get() : nullptr;
 }
 
 void AppDelegate::newTask() {
@@ -441,9 +443,7 @@ void AppDelegate::opened(GFile** files, int count) {
 /// Links and services can make it say anything, as often as they like.
 void AppDelegate::showAlert(const std::string& message, const std::string& informative) {
     if (alert_) gtk_window_destroy(GTK_WINDOW(alert_));
-    MainWindow* const window = windows_->frontWindow();
-    GtkWidget* const dialog = adw_message_dialog_new(window && window->isVisible() ? window->get() : nullptr,
-                                                     shortened(message, longestAlertTitle).c_str(),
+    GtkWidget* const dialog = adw_message_dialog_new(visibleWindow(), shortened(message, longestAlertTitle).c_str(),
                                                      shortened(informative, longestAlertText).c_str());
     adw_message_dialog_add_response(ADW_MESSAGE_DIALOG(dialog), "ok", "OK");
     alert_ = dialog;

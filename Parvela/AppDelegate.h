@@ -49,10 +49,8 @@ public:
     /// Runs until the user quits; returns the exit status.
     int run(int argc, char** argv);
 
-    /// Shows a message to the user: on the front window, or by itself.
-    void showAlert(const std::string& message, const std::string& informative);
-
 private:
+    void connectApplication();
     int handleLocalOptions(GVariantDict* options);
     /// The toolkit has its display, and nothing more: what takes longest begins.
     void willFinishLaunching();
@@ -88,6 +86,10 @@ private:
     void newTask();
     void quit();
     void showToast(const std::string& text);
+    /// Shows a message to the user: on the front window, or by itself.
+    void showAlert(const std::string& message, const std::string& informative);
+    /// The front window while it can be seen; a dialog stands on it.
+    GtkWindow* visibleWindow() const;
     void notify(UserNotification notification);
 
     Ref<AdwApplication> application_;
