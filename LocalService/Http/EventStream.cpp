@@ -11,7 +11,7 @@ namespace parvela::service {
 namespace {
 
 constexpr guint pingSeconds = 25;
-/// A person with more windows than this loses the oldest one's live updates.
+/// Where more windows than this are open, the oldest one loses its live updates.
 constexpr std::size_t mostStreams = 200;
 
 }  // namespace
@@ -29,11 +29,6 @@ EventStream::EventStream(BoardStore& boards, ChangeFeed& changes)
 
 EventStream::~EventStream() {
     g_source_remove(pingTimer_);
-}
-
-void EventStream::closeAll() {
-    for (const Stream& stream : streams_) end(stream);
-    streams_.clear();
 }
 
 Response EventStream::open(PersonId person, std::string sessionHash) {

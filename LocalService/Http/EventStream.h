@@ -26,9 +26,6 @@ public:
     Response open(PersonId person, std::string sessionHash);
     /// Ends the streams of a session that signed out.
     void closeSession(std::string_view sessionHash);
-    /// Ends all streams, while their server still runs.
-    void closeAll();
-    std::size_t size() const noexcept { return streams_.size(); }
 
 private:
     struct Stream {

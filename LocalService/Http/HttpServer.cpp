@@ -1,6 +1,5 @@
 #include "Http/HttpServer.h"
 
-#include <ParvelaKit/Text.h>
 #include <ParvelaKit/Url.h>
 
 #include <fmt/format.h>

@@ -39,12 +39,12 @@ Response Response::json(const nlohmann::json& value) {
     return {.body = value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)};
 }
 
-Response Response::redirect(std::string location) {
-    return {.status = 302, .contentType = "", .headers = {{"Location", std::move(location)}}};
+Response Response::ok() {
+    return json({{"ok", true}});
 }
 
-Response Response::noContent() {
-    return {.status = 204, .contentType = ""};
+Response Response::redirect(std::string location) {
+    return {.status = 302, .contentType = "", .headers = {{"Location", std::move(location)}}};
 }
 
 Response HttpError::response() const {

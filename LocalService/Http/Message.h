@@ -40,8 +40,9 @@ struct Response {
     std::function<void(SoupServerMessage*)> stream;
 
     static Response json(const nlohmann::json& value);
+    /// {"ok": true}, for calls with nothing else to say.
+    static Response ok();
     static Response redirect(std::string location);
-    static Response noContent();
 };
 
 /// A refused request: its status and what the person reads.

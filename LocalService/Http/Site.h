@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Http/HttpServer.h"
 #include "Http/RateLimiter.h"
 #include "Http/Router.h"
 

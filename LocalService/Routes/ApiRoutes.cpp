@@ -20,11 +20,6 @@ constexpr int mostNotifications = 200;
 constexpr int homeTasks = 50;
 /// "Upcoming" on the home page: the week that follows today.
 constexpr int upcomingDays = 7;
-constexpr Text commentText = Text::block(20000);
-
-Response ok() {
-    return Response::json({{"ok", true}});
-}
 
 template <class Record>
 Response recordAnswer(const Record& record) {
@@ -145,7 +140,7 @@ Answer home(Backend& backend, Call& call) {
 
 Answer createTask(Backend& backend, Call& call) {
     BodyReader body(call.request);
-    const auto boardId = BoardId::parse(body.required("board", Text::line(100)));
+    const auto boardId = BoardId::parse(body.required("board", referenceText));
     TaskActions::NewTask task = readNewTask(body);
     const auto list = body.optional("list", Text::line(200));
     if (body.error()) return Failure(*body.error());
@@ -192,7 +187,7 @@ Answer tickItem(Backend& backend, Call& call) {
     const auto task = backend.task(call);
     if (!task) return Failure(task.error());
     BodyReader body(call.request);
-    const auto item = ItemId::parse(body.required("item", Text::line(100)));
+    const auto item = ItemId::parse(body.required("item", referenceText));
     const auto done = body.flag("done");
     if (!done) body.fail(HttpError::invalid("“done” is missing."));
     if (body.error()) return Failure(*body.error());
@@ -201,7 +196,7 @@ Answer tickItem(Backend& backend, Call& call) {
     }
     backend.stores.checklists.setItemDone(*item, *done);
     backend.actions.touched(*task);
-    return ok();
+    return Response::ok();
 }
 
 Answer notifications(Backend& backend, Call& call) {
@@ -227,7 +222,7 @@ Answer markNotifications(Backend& backend, Call& call) {
     const PersonId me = call.person().id;
     all ? backend.stores.notifications.markAll(me, read) : backend.stores.notifications.mark(me, ids, read);
     backend.changes.publish({.inboxes = {me}});
-    return ok();
+    return Response::ok();
 }
 
 Answer registerPush(Backend& backend, Call& call) {
@@ -241,7 +236,7 @@ Answer registerPush(Backend& backend, Call& call) {
     }
     if (body.error()) return Failure(*body.error());
     backend.stores.tokens.registerPush(call.person().id, device);
-    return ok();
+    return Response::ok();
 }
 
 Answer unregisterPush(Backend& backend, Call& call) {
@@ -249,21 +244,19 @@ Answer unregisterPush(Backend& backend, Call& call) {
     const std::string token = body.required("token", Text::line(500));
     if (body.error()) return Failure(*body.error());
     backend.stores.tokens.unregisterPush(call.person().id, token);
-    return ok();
+    return Response::ok();
 }
 
 Answer revokeToken(Backend& backend, Call& call) {
     if (!call.caller->token) return Failure(HttpError::badRequest("This call revokes the token it is made with."));
     backend.stores.tokens.revoke(*call.caller->token, call.person().id);
-    return ok();
+    return Response::ok();
 }
 
 }  // namespace
 
 void addApiRoutes(Router& router, Backend& backend) {
-    const auto bound = [&backend](Answer (*function)(Backend&, Call&)) {
-        return [&backend, function](Call& call) { return function(backend, call); };
-    };
+    const auto bound = bindTo(backend);
     const auto onBoard = [&backend](auto describe) {
         return [&backend, describe](Call& call) -> Answer {
             const auto board = backend.board(call);

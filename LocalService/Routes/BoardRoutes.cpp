@@ -25,10 +25,6 @@ constexpr int mostCards = 5000;
 constexpr int mostDoneCards = 500;
 constexpr auto doneShown = std::chrono::days(30);
 
-Response ok() {
-    return Response::json({{"ok", true}});
-}
-
 nlohmann::json orNull(const std::optional<std::string>& text) {
     return text ? nlohmann::json(*text) : nullptr;
 }
@@ -150,7 +146,7 @@ Answer removeList(Backend& backend, Call& call) {
     }
     backend.stores.boards.removeList(list->id);
     announce(backend, list->board);
-    return ok();
+    return Response::ok();
 }
 
 Answer addLabel(Backend& backend, Call& call) {
@@ -182,9 +178,7 @@ Answer editLabel(Backend& backend, Call& call) {
 }  // namespace
 
 void addBoardRoutes(Router& router, Backend& backend) {
-    const auto bound = [&backend](Answer (*function)(Backend&, Call&)) {
-        return [&backend, function](Call& call) { return function(backend, call); };
-    };
+    const auto bound = bindTo(backend);
     using enum Access;
     router.add("GET", "/api/boards", reader, [&](Call& call) -> Answer {
         auto boards = nlohmann::json::array();
@@ -209,7 +203,7 @@ void addBoardRoutes(Router& router, Backend& backend) {
         if (!board) return Failure(board.error());
         backend.stores.boards.remove(board->id);
         backend.changes.publish({.boardList = true});
-        return ok();
+        return Response::ok();
     });
     router.add("GET", "/api/boards/{}/full", reader, bound(fullBoard));
     router.add("POST", "/api/boards/{}/lists", writer, [&](Call& call) -> Answer {
@@ -231,7 +225,7 @@ void addBoardRoutes(Router& router, Backend& backend) {
         if (!label) return Failure(label.error());
         backend.stores.boards.removeLabel(label->id);
         announce(backend, label->board);
-        return ok();
+        return Response::ok();
     });
 }
 

@@ -77,15 +77,13 @@ Answer removeFile(Backend& backend, Call& call) {
     backend.stores.files.remove(found->file.id);
     backend.stores.tasks.addActivity(found->task.id, call.person().id, "removed " + found->file.name);
     backend.actions.touched(found->task);
-    return Response::json({{"ok", true}});
+    return Response::ok();
 }
 
 }  // namespace
 
 void addFileRoutes(Router& router, Backend& backend) {
-    const auto bound = [&backend](Answer (*function)(Backend&, Call&)) {
-        return [&backend, function](Call& call) { return function(backend, call); };
-    };
+    const auto bound = bindTo(backend);
     using enum Access;
     router.add("POST", "/api/tasks/{}/files", writer, bound(upload));
     router.add("GET", "/files/{}/{}", reader, bound(download));

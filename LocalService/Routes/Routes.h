@@ -9,6 +9,13 @@
 /// router.
 namespace parvela::service {
 
+/// Makes a route's handler of a function that takes the backend and the call.
+inline auto bindTo(Backend& backend) {
+    return [&backend](Answer (*function)(Backend&, Call&)) {
+        return [&backend, function](Call& call) { return function(backend, call); };
+    };
+}
+
 /// The published API under /api/v1, the same on both sites.
 void addApiRoutes(Router& router, Backend& backend);
 

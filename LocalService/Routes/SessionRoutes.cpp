@@ -189,7 +189,7 @@ Answer SessionRoutes::signOut(Call& call) {
         backend_.stores.accounts.closeSession(*secret);
         events_.closeSession(secretHash(*secret));
     }
-    Response response = Response::json({{"ok", true}});
+    Response response = Response::ok();
     response.headers.emplace_back("Set-Cookie", sessionCookie(""));
     return response;
 }

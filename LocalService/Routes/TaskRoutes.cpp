@@ -2,20 +2,12 @@
 #include "Routes/Routes.h"
 #include "Routes/TaskInput.h"
 
-#include <ParvelaKit/Json/Encoder.h>
-
 namespace parvela::service {
 
 namespace {
 
 constexpr Text checklistTitleText = Text::line(200);
 constexpr Text itemText = Text::line(500);
-constexpr Text commentText = Text::block(20000);
-constexpr Text referenceText = Text::line(100);
-
-Response ok() {
-    return Response::json({{"ok", true}});
-}
 
 Answer card(Backend& backend, Call& call, TaskId id) {
     return Response::json(backend.answers(call).card(*backend.stores.tasks.find(id)));
@@ -40,7 +32,7 @@ Answer removeTask(Backend& backend, Call& call) {
     const auto task = backend.task(call);
     if (!task) return Failure(task.error());
     backend.actions.remove(call.person(), *task);
-    return ok();
+    return Response::ok();
 }
 
 Answer restoreTask(Backend& backend, Call& call) {
@@ -97,7 +89,7 @@ Answer editItem(Backend& backend, Call& call) {
     if (done) backend.stores.checklists.setItemDone(*id, *done);
     transaction.commit();
     backend.actions.touched(*task);
-    return ok();
+    return Response::ok();
 }
 
 struct OwnComment {
@@ -125,7 +117,7 @@ Answer editComment(Backend& backend, Call& call) {
     if (body.error()) return Failure(*body.error());
     backend.stores.comments.edit(own->comment.id, text);
     backend.actions.touched(own->task);
-    return ok();
+    return Response::ok();
 }
 
 Answer removeComment(Backend& backend, Call& call) {
@@ -133,7 +125,7 @@ Answer removeComment(Backend& backend, Call& call) {
     if (!own) return Failure(own.error());
     backend.stores.comments.remove(own->comment.id);
     backend.actions.touched(own->task);
-    return ok();
+    return Response::ok();
 }
 
 Answer runningTimer(Backend& backend, Call& call) {
@@ -162,9 +154,7 @@ Answer setTimer(Backend& backend, Call& call) {
 }  // namespace
 
 void addTaskRoutes(Router& router, Backend& backend) {
-    const auto bound = [&backend](Answer (*function)(Backend&, Call&)) {
-        return [&backend, function](Call& call) { return function(backend, call); };
-    };
+    const auto bound = bindTo(backend);
     using enum Access;
     router.add("POST", "/api/tasks/{}/move", writer, bound(moveTask));
     router.add("DELETE", "/api/tasks/{}", writer, bound(removeTask));
@@ -188,7 +178,7 @@ void addTaskRoutes(Router& router, Backend& backend) {
         if (!task) return Failure(task.error());
         backend.stores.checklists.remove(*id);
         backend.actions.touched(*task);
-        return ok();
+        return Response::ok();
     });
     router.add("PATCH", "/api/items/{}", writer, bound(editItem));
     router.add("DELETE", "/api/items/{}", writer, [&](Call& call) -> Answer {
@@ -197,7 +187,7 @@ void addTaskRoutes(Router& router, Backend& backend) {
         if (!task) return Failure(task.error());
         backend.stores.checklists.removeItem(*id);
         backend.actions.touched(*task);
-        return ok();
+        return Response::ok();
     });
     router.add("PATCH", "/api/comments/{}", writer, bound(editComment));
     router.add("DELETE", "/api/comments/{}", writer, bound(removeComment));

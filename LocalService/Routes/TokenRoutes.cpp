@@ -61,7 +61,7 @@ void addTokenRoutes(Router& router, Backend& backend) {
         if (!id || !backend.stores.tokens.revoke(*id, call.person().id)) {
             return Failure(HttpError::notFound("There is no such token."));
         }
-        return Response::json({{"ok", true}});
+        return Response::ok();
     });
 }
 
