@@ -3,7 +3,7 @@ import { createStore } from './store.js';
 
 const OFFLINE_TEXT = "Parvela can't be reached. What you typed is kept.";
 
-export class ApiError extends Error {
+class ApiError extends Error {
   /**
    * @param {string} message shown to the person
    * @param {number} status HTTP status; 0 when no answer came

@@ -20,7 +20,7 @@ const MONTHS = [
 const pad = (number, width = 2) => String(number).padStart(width, '0');
 
 /** @param {number} year @param {number} month 1 to 12 @param {number} day */
-export const dateText = (year, month, day) => `${pad(year, 4)}-${pad(month)}-${pad(day)}`;
+const dateText = (year, month, day) => `${pad(year, 4)}-${pad(month)}-${pad(day)}`;
 
 /** The day on this machine's calendar. @param {Date} [now] */
 export function today(now = new Date()) {
@@ -34,7 +34,7 @@ export function dayNumber(text) {
 }
 
 /** @param {number} number days since 1970-01-01 */
-export function fromNumber(number) {
+function fromNumber(number) {
   const date = new Date(number * DAY);
   return dateText(date.getUTCFullYear(), date.getUTCMonth() + 1, date.getUTCDate());
 }
@@ -50,7 +50,7 @@ export function addMonths(text, months) {
   return dateText(targetYear, targetMonth, Math.min(day, daysInMonth(targetYear, targetMonth)));
 }
 
-export const daysInMonth = (year, month) => new Date(Date.UTC(year, month, 0)).getUTCDate();
+const daysInMonth = (year, month) => new Date(Date.UTC(year, month, 0)).getUTCDate();
 
 /** Sunday is 0. */
 export const weekday = (text) => (((dayNumber(text) + 4) % 7) + 7) % 7;
@@ -60,7 +60,7 @@ export const startOfWeek = (text) => addDays(text, -((weekday(text) + 6) % 7));
 
 export const startOfMonth = (text) => `${text.slice(0, 7)}-01`;
 
-export const monthName = (text) => MONTHS[Number(text.slice(5, 7)) - 1];
+const monthName = (text) => MONTHS[Number(text.slice(5, 7)) - 1];
 
 /** "November 2026" */
 export const monthTitle = (text) => `${monthName(text)} ${text.slice(0, 4)}`;

@@ -5,7 +5,7 @@
 const PREFIX_LIFE = 1200;
 
 /** @param {EventTarget|null} target */
-export function isTyping(target) {
+function isTyping(target) {
   if (!(target instanceof HTMLElement)) return false;
   if (target.isContentEditable || target.tagName === 'TEXTAREA' || target.tagName === 'SELECT') return true;
   return target.tagName === 'INPUT' && !['checkbox', 'radio', 'button', 'submit', 'file'].includes(target.type);

@@ -3,7 +3,7 @@ import { undoLatest } from '../core/toasts.js';
 import { navigate } from '../core/router.js';
 import { overlay } from '../core/overlay.js';
 
-export function focusSearch() {
+function focusSearch() {
   const field = document.querySelector('header input[type="search"]');
   field?.focus();
   field?.select();

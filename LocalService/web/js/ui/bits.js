@@ -84,7 +84,7 @@ export function Empty({ icon, title, children, compact = false }) {
 }
 
 /** What a page shows when it could not load. @param {{ error: Error, retry: () => void }} props */
-export function Failure({ error, retry }) {
+function Failure({ error, retry }) {
   return html`<div class="empty" role="alert">
     <span class="empty-icon is-danger"><${Icon} name="warning" size=${28} /></span>
     <p class="empty-title">${error.status === 404 ? "This page isn't here" : "That didn't load"}</p>

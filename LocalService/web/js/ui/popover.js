@@ -19,7 +19,7 @@ function place(panel, anchor, align) {
  * @param {{ anchor: HTMLElement, label: string, role?: string, align?: 'start'|'end', class?: string,
  *           onClose: () => void, onKeyDown?: (event: KeyboardEvent) => void, children: any }} props
  */
-export function Popover({
+function Popover({
   anchor,
   label,
   role = 'dialog',
