@@ -8,7 +8,6 @@
 #include <ParvelaKit/TitlebarLayout.h>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include <X11/Xlib.h>
@@ -19,6 +18,7 @@ namespace parvela {
 MainWindow::MainWindow(WindowManager& manager, GtkApplication* application, GMenuModel* menu) : manager_(manager) {
     const Interface interface("MainWindow.ui");
     window_ = Ref<AdwApplicationWindow>::ref(interface.get<AdwApplicationWindow>("window"));
+    place_ = std::make_unique<WindowPlace>(get());
     tabs_ = interface.get<AdwTabView>("tabs");
     toasts_ = interface.get<AdwToastOverlay>("toasts");
     header_ = interface.get<GtkWidget>("header");
@@ -112,7 +112,7 @@ void MainWindow::connectTabs() {
             return gboolean{GDK_EVENT_STOP};
         }));
     connections_.push_back(connect<AdwTabView*(AdwTabView*)>(tabs_, "create-window", [this](AdwTabView*) {
-        return manager_.windowForTab(*this, Beside::pointer).tabView();
+        return manager_.windowForTab(*this, WindowPlace::Beside::pointer).tabView();
     }));
 }
 
@@ -219,7 +219,7 @@ void MainWindow::selectPrevious() {
 void MainWindow::moveToNewWindow(MainWindowController& controller) {
     AdwTabPage* const page = pageOf(controller);
     if (!page || adw_tab_view_get_n_pages(tabs_) < 2) return;
-    MainWindow& window = manager_.windowForTab(*this, Beside::thisWindow);
+    MainWindow& window = manager_.windowForTab(*this, WindowPlace::Beside::thisWindow);
     adw_tab_view_transfer_page(tabs_, page, window.tabs_, 0);
 }
 
@@ -309,39 +309,10 @@ void MainWindow::realized() {
         }));
 }
 
-void MainWindow::setFrame(const WindowFrame& frame) {
-    const WindowFrame fitted = frame.onMonitors(monitorAreas(gtk_widget_get_display(GTK_WIDGET(get()))));
-    gtk_window_set_default_size(get(), static_cast<int>(fitted.width), static_cast<int>(fitted.height));
-    position_ = WindowPosition{fitted.x, fitted.y};
-    moveWindow(get(), *position_);
-}
-
-std::string MainWindow::frameText() const {
-    if (const auto position = windowPosition(get())) position_ = position;
-    int width = 0;
-    int height = 0;
-    gtk_window_get_default_size(get(), &width, &height);
-    const WindowPosition corner = position_.value_or(WindowPosition{0, 0});
-    return WindowFrame{corner.x, corner.y, static_cast<double>(width), static_cast<double>(height)}.text();
-}
-
-std::optional<WindowFrame> MainWindow::frameBeside(Beside what) const {
-    constexpr double step = 32;
-    // Where a tab stands in a window, so that a torn one stays under the pointer.
-    constexpr double toTabX = 120;
-    constexpr double toTabY = 60;
-    auto frame = WindowFrame::parse(frameText());
-    if (!frame) return std::nullopt;
-    const auto pointer = what == Beside::pointer ? pointerPosition(get()) : std::nullopt;
-    frame->x = pointer ? pointer->x - toTabX : frame->x + step;
-    frame->y = pointer ? pointer->y - toTabY : frame->y + step;
-    const auto area = monitorAreaOf(get());
-    return area ? frame->inside(*area) : *frame;
-}
-
 WindowState::Group MainWindow::state() const {
-    WindowState::Group group{
-        .frame = frameText(), .miniaturized = isMinimized(get()), .maximized = gtk_window_is_maximized(get()) != FALSE};
+    WindowState::Group group{.frame = place_->text(),
+                             .miniaturized = isMinimized(get()),
+                             .maximized = gtk_window_is_maximized(get()) != FALSE};
     const auto* const front = selected();
     for (const auto* const tab : tabs()) {
         const auto url = tab->currentURL();
@@ -361,10 +332,10 @@ void MainWindow::titlebarDoubleClick() {
                                          preferences.titlebarDoubleClickMinimizes(),
                                          desktopSetting ? desktopSetting.get() : "")) {
         case TitlebarAction::zoom:
-            toggleMaximized();
+            place_->toggleMaximized();
             break;
         case TitlebarAction::fill:
-            toggleFill();
+            place_->toggleFill();
             break;
         case TitlebarAction::minimize:
             gtk_window_minimize(get());
@@ -372,37 +343,6 @@ void MainWindow::titlebarDoubleClick() {
         case TitlebarAction::none:
             break;
     }
-}
-
-void MainWindow::toggleMaximized() {
-    if (gtk_window_is_maximized(get())) {
-        gtk_window_unmaximize(get());
-    } else {
-        gtk_window_maximize(get());
-    }
-}
-
-/// Covers the screen without being maximised, and back.
-void MainWindow::toggleFill() {
-    const auto area = monitorAreaOf(get());
-    if (!area) return;
-    if (!windowPosition(get())) {
-        // The desktop places windows itself.
-        toggleMaximized();
-        return;
-    }
-    const auto now = WindowFrame::parse(frameText());
-    const bool filled = now && std::abs(now->width - area->width) < 16 && std::abs(now->height - area->height) < 16;
-    WindowFrame target = *area;
-    if (filled && frameBeforeFill_) {
-        target = *std::exchange(frameBeforeFill_, std::nullopt);
-    } else {
-        frameBeforeFill_ = now;
-        const WindowShadow shadow = shadowOf(get());
-        target.x -= shadow.left;
-        target.y -= shadow.top;
-    }
-    moveAndResizeWindow(get(), target);
 }
 
 void MainWindow::showMenu() {

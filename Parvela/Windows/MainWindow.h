@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Support/WindowPlacement.h"
 #include "Windows/FindBar.h"
 #include "Windows/MenuButtons.h"
 #include "Windows/WindowActions.h"
 #include "Windows/WindowButtons.h"
+#include "Windows/WindowPlace.h"
 
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/NativeBridge.h>
@@ -68,24 +68,16 @@ public:
     void pageChanged(const MainWindowController& controller);
     NativeBridge::Titlebar titlebarFor(const MainWindowController& controller) const;
 
-    /// What is remembered of this window; its place is not known on Wayland.
+    /// What is remembered of this window.
     WindowState::Group state() const;
-    /// To be called before the window is shown: its size, and its place where the desktop allows that.
-    void setFrame(const WindowFrame& frame);
-    std::string frameText() const;
-    /// For a window that takes a tab of this one: of the same size, a little aside or under the pointer.
-    enum class Beside { thisWindow, pointer };
-    std::optional<WindowFrame> frameBeside(Beside what) const;
+    WindowPlace& place() const noexcept { return *place_; }
 
     void titlebarDoubleClick();
-    void toggleMaximized();
     void toggleFullScreen();
     void showMenu();
     /// The widget that commands of editing are meant for; may be null.
     GtkWidget* focus() const { return menuButtons_->focus(); }
     void showFindBar();
-    /// Enables and checks the menu commands anew.
-    void updateActions() { actions_->update(); }
     /// A video or the like takes the whole screen: nothing of the window stays in sight.
     void setElementFullScreen(bool on);
 
@@ -101,7 +93,6 @@ private:
     void pageDetached(AdwTabPage* page);
     void transferChanged();
     void finishClosing(MainWindowController& controller, bool mayClose);
-    void toggleFill();
     void realized();
     MainWindowController* controllerOf(AdwTabPage* page) const;
     AdwTabPage* pageOf(const MainWindowController& controller) const;
@@ -116,13 +107,11 @@ private:
     GtkBox* downloadRows_ = nullptr;
     GtkMenuButton* menuButton_ = nullptr;
     GtkMenuButton* clusterMenuButton_ = nullptr;
+    std::unique_ptr<WindowPlace> place_;
     std::unique_ptr<MenuButtons> menuButtons_;
     std::unique_ptr<WindowButtons> buttons_;
     std::unique_ptr<WindowActions> actions_;
     std::unique_ptr<FindBar> find_;
-    /// Where the window stood when it was last neither maximised nor hidden.
-    mutable std::optional<WindowPosition> position_;
-    std::optional<WindowFrame> frameBeforeFill_;
     std::vector<Connection> connections_;
     bool fullScreen_ = false;
     bool elementFullScreen_ = false;

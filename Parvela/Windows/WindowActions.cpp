@@ -104,7 +104,7 @@ void WindowActions::addForWindow() {
     add("newWindowForTab", [this](Tab&) { manager_.openTab(&window_); });
     add("performClose", [this](Tab&) { window_.closeSelectedTab(); });
     add("performMiniaturize", [this](Tab&) { gtk_window_minimize(window_.get()); });
-    add("performZoom", [this](Tab&) { window_.toggleMaximized(); });
+    add("performZoom", [this](Tab&) { window_.place().toggleMaximized(); });
     add("toggleFullScreen", [this](Tab&) { window_.toggleFullScreen(); });
     add("selectNextTab", [this](Tab&) { window_.selectNext(); });
     add("selectPreviousTab", [this](Tab&) { window_.selectPrevious(); });

@@ -113,7 +113,7 @@ void WindowManager::readDictionaries() {
 
 MainWindow& WindowManager::makeWindow(const std::optional<WindowFrame>& frame) {
     MainWindow& window = *windows_.emplace_back(std::make_unique<MainWindow>(*this, application_, menu_));
-    if (frame) window.setFrame(*frame);
+    if (frame) window.place().set(*frame);
     return window;
 }
 
@@ -128,7 +128,8 @@ MainWindowController& WindowManager::makeLoading(const Url& url) {
 MainWindow& WindowManager::openWindow(const std::optional<Url>& url) {
     // Windows that cover each other exactly look like one.
     const MainWindow* const front = frontWindow();
-    const auto beside = front && front->isVisible() ? front->frameBeside(MainWindow::Beside::thisWindow) : std::nullopt;
+    const auto beside =
+        front && front->isVisible() ? front->place().beside(WindowPlace::Beside::thisWindow) : std::nullopt;
     const auto frame = beside ? beside : newWindowFrame(preferences());
     // The page's process starts while the window is built.
     MainWindowController& tab = makeLoading(url.value_or(model_->server.get().appURL));
@@ -325,7 +326,7 @@ void WindowManager::windowWillClose(MainWindow& window) {
     const auto* const controller = window.selected();
     const auto url = controller ? controller->currentURL() : std::nullopt;
     if (url) preferences().setLastURL(url->text());
-    preferences().setLastWindowFrame(window.frameText());
+    preferences().setLastWindowFrame(window.place().text());
 }
 
 void WindowManager::windowCloses(MainWindow& window) {
@@ -345,8 +346,8 @@ void WindowManager::tabClosed(MainWindowController& controller) {
     forget(controller);
 }
 
-MainWindow& WindowManager::windowForTab(const MainWindow& source, MainWindow::Beside place) {
-    MainWindow& window = makeWindow(source.frameBeside(place));
+MainWindow& WindowManager::windowForTab(const MainWindow& source, WindowPlace::Beside place) {
+    MainWindow& window = makeWindow(source.place().beside(place));
     window.present();
     return window;
 }

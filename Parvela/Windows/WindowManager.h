@@ -128,7 +128,7 @@ public:
     void windowEmptied(MainWindow& window);
     void tabClosed(MainWindowController& controller);
     /// A window for a tab that leaves `source`.
-    MainWindow& windowForTab(const MainWindow& source, MainWindow::Beside place);
+    MainWindow& windowForTab(const MainWindow& source, WindowPlace::Beside place);
     /// Closes a tab once the engine's callbacks have returned.
     void closeSoon(MainWindowController& controller);
 
