@@ -1,7 +1,5 @@
 #include "Store/TaskQueries.h"
 
-#include <ParvelaKit/Text.h>
-
 #include <algorithm>
 
 namespace parvela::service {

@@ -5,6 +5,7 @@
 #include "Support/RendererChoice.h"
 
 #include <ParvelaKit/PageZoom.h>
+#include <Platform/Autostart.h>
 
 #include <cmath>
 #include <utility>

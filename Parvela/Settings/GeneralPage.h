@@ -8,7 +8,6 @@
 
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/Observable.h>
-#include <Platform/Autostart.h>
 
 #include <functional>
 #include <memory>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <ParvelaKit/ServerConfig.h>
 #include <ParvelaKit/Task.h>
 #include <ParvelaKit/Transport.h>
+#include <ParvelaKit/Url.h>
 
 #include <stop_token>
 #include <string>

@@ -1,5 +1,7 @@
 #include "Web/Downloads.h"
 
+#include "Web/DownloadRow.h"
+
 #include <ParvelaKit/DownloadName.h>
 #include <Platform/MainLoop.h>
 

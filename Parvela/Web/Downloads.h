@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Model/Notifier.h"
-#include "Web/DownloadRow.h"
 
 #include <ParvelaKit/GLibPtr.h>
 

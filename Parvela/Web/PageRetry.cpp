@@ -1,5 +1,7 @@
 #include "Web/PageRetry.h"
 
+#include <Platform/MainLoop.h>
+
 #include <algorithm>
 #include <utility>
 

@@ -4,7 +4,6 @@
 #include <ParvelaKit/Task.h>
 #include <ParvelaKit/Transport.h>
 #include <ParvelaKit/Url.h>
-#include <Platform/MainLoop.h>
 
 #include <chrono>
 #include <functional>

@@ -1,5 +1,8 @@
 #include "Web/PaintWatch.h"
 
+#include <ParvelaKit/GLibPtr.h>
+#include <Platform/MainLoop.h>
+
 #include <chrono>
 #include <string_view>
 #include <utility>

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <ParvelaKit/GLibPtr.h>
-#include <Platform/MainLoop.h>
-
 #include <functional>
 #include <memory>
 

@@ -1,5 +1,4 @@
 #include <ParvelaKit/OAuthHandoff.h>
-#include <ParvelaKit/Text.h>
 
 #include <algorithm>
 

@@ -1,7 +1,6 @@
 #include "QuickAdd/TerminalText.h"
 
 #include <ParvelaKit/QuickAddReport.h>
-#include <ParvelaKit/Text.h>
 
 #include <algorithm>
 #include <set>
