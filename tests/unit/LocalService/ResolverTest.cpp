@@ -32,27 +32,18 @@ TEST(Resolver, findsPeopleByEveryNameTheyHave) {
 }
 
 TEST(Resolver, tellsWhyAPersonWasNotFound) {
-    const struct {
-        std::string text;
-        const char* wording;
-    } cases[] = {
-        {"nobody", "No one called"},
-        {"", "No one called"},
-        {"@", "No one called"},
-        {"r", "No one called"},  // one letter is no beginning of a name
-        {"usr_99", "No one called"},
-        {"ro", "matches more than one person"},
-        {"sam", "matches more than one person"},
-        {std::string(5000, 'x'), "No one called"},
-        {"'; DROP TABLE accounts; --", "No one called"},
-    };
-    for (const auto& [text, wording] : cases) {
+    const auto problemWith = [](const std::string& text) {
         const auto found = resolvePerson(text, people());
-        ASSERT_FALSE(found) << text;
-        EXPECT_THAT(found.error().message, HasSubstr(wording)) << text;
-        EXPECT_LT(found.error().message.size(), 500U);
+        return found ? "found" : found.error().message;
+    };
+    // One letter is no beginning of a name.
+    for (const std::string& text : std::vector<std::string>{"nobody", "", "@", "r", "usr_99", std::string(5000, 'x'),
+                                                            "'; DROP TABLE accounts; --"}) {
+        EXPECT_THAT(problemWith(text), HasSubstr("No one called")) << text;
+        EXPECT_LT(problemWith(text).size(), 500U);
     }
-    EXPECT_THAT(resolvePerson("ro", people()).error().message, HasSubstr("Robin Hale, Rosa Diaz"));
+    for (const char* text : {"ro", "sam"}) EXPECT_THAT(problemWith(text), HasSubstr("matches more than one person"));
+    EXPECT_THAT(problemWith("ro"), HasSubstr("Robin Hale, Rosa Diaz"));
 }
 
 TEST(Resolver, findsLabelsExactlyFirstAndLooselyThen) {
