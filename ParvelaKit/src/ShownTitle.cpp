@@ -1,5 +1,4 @@
 #include <ParvelaKit/ShownTitle.h>
-
 #include <ParvelaKit/Text.h>
 
 namespace parvela {
