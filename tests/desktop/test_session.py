@@ -4,11 +4,7 @@ import os
 
 from harness import processes
 from harness.case import DesktopTest
-from harness.session import Keyring, Session
-
-
-def find_secret(session):
-    return session.run("secret-tool", "lookup", "purpose", "test")
+from harness.session import Session
 
 
 class PrivateSession(DesktopTest):
@@ -26,21 +22,3 @@ class PrivateSession(DesktopTest):
             self.assertTrue(self.session.env[name].startswith(str(self.session.root)), name)
         for name in ("WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SYSTEM_BUS_ADDRESS"):
             self.assertNotIn(name, self.session.env)
-
-
-class WithoutKeyring(DesktopTest):
-    keyring = Keyring.absent
-
-    def test_no_secret_service_answers_and_none_is_started(self):
-        result = find_secret(self.session)
-        self.assertNotEqual(0, result.returncode)
-        self.assertIn("org.freedesktop.secrets", result.stderr)
-
-
-class WithLockedKeyring(DesktopTest):
-    keyring = Keyring.locked
-
-    def test_the_default_collection_is_locked(self):
-        answer = self.session.call_bus("org.freedesktop.secrets", "/org/freedesktop/secrets/aliases/default",
-                                       "org.freedesktop.DBus.Properties.Get", "org.freedesktop.Secret.Collection", "Locked")
-        self.assertEqual("(<true>,)", answer)
