@@ -37,7 +37,8 @@ struct Diagnostics {
     };
 
     /// Versions, session, bus, tray, portal, keyring, notifications, renderer, server, link, waiting lines, files,
-    /// links and start at login, in this order. Starts no other program and asks the user nothing. Takes some seconds at most.
+    /// links and start at login, in this order. Starts no other program and asks the user nothing. Takes some seconds
+    /// at most.
     static Task<std::vector<Diagnostic>> run(Subject subject);
 
     /// "good", "notice" or "problem".
