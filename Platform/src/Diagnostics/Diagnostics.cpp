@@ -31,8 +31,9 @@ Task<Diagnostic> server(ServerConfig config, Transport transport) {
     const std::string what = "Server";
     const std::string site = ServerConfig::origin(config.apiURL);
     const std::string app = ServerConfig::origin(config.appURL);
-    if (config.mode == ServerConfig::Mode::local) {
-        if (const auto port = LocalPorts::takenByAnotherUser({*config.appURL.port(), *config.apiURL.port()})) {
+    const ServerConfig& local = ServerConfig::local();
+    if (config.appURL == local.appURL && config.apiURL == local.apiURL) {
+        if (const auto port = LocalPorts::takenByAnotherUser({*local.appURL.port(), *local.apiURL.port()})) {
             co_return Diagnostic{
                 what, Verdict::problem,
                 fmt::format("Port {} of this machine is taken by another user, who receives what you send.", *port),
