@@ -32,7 +32,9 @@ if(PARVELA_SANITIZE)
   # The library's own checks: an index out of range, an empty optional or a failed expected that is read all the same.
   target_compile_definitions(parvela_options INTERFACE _GLIBCXX_ASSERTIONS)
 elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
-  target_compile_definitions(parvela_options INTERFACE _FORTIFY_SOURCE=2)
+  if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")  # a packager's flags may ask for more
+    target_compile_definitions(parvela_options INTERFACE _FORTIFY_SOURCE=2)
+  endif()
   target_compile_options(parvela_options INTERFACE -fstack-protector-strong)
   # Addresses are bound before main() and cannot be changed afterwards; libraries that nothing is taken from are not loaded.
   target_link_options(parvela_options INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,--as-needed)

@@ -55,11 +55,12 @@ public:
 
     /// The code point in front, which is taken. Not at the end.
     char32_t takeCharacter() {
-        std::size_t length = 0;
-        UChar32 character = 0;
-        U16_NEXT(rest_.data(), length, rest_.size(), character);
+        const std::size_t length =
+            rest_.size() > 1 && U16_IS_LEAD(rest_[0]) && U16_IS_TRAIL(rest_[1]) ? std::size_t{2} : std::size_t{1};
+        const auto character =
+            length == 2 ? static_cast<char32_t>(U16_GET_SUPPLEMENTARY(rest_[0], rest_[1])) : char32_t{rest_[0]};
         rest_.remove_prefix(length);
-        return static_cast<char32_t>(character);
+        return character;
     }
 
 private:
