@@ -102,7 +102,7 @@ std::string HotKeyCenter::displayString(HotKey key) const {
 std::string HotKeyCenter::accelerator(HotKey key) const {
     const auto keysym = facility_->keysym(key.keyCode);
     if (!keysym) return {};
-    unsigned mask = 0;
+    int mask = 0;
     for (const Sign& sign : signs) {
         if (key.modifiers & sign.modifier) mask |= sign.mask;
     }

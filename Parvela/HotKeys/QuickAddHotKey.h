@@ -25,8 +25,8 @@ public:
         refused,  ///< another program owns the shortcut, or the desktop or the user said no
     };
 
-    QuickAddHotKey(std::shared_ptr<HotKeyCenter> center, Preferences preferences, HotKeyCenter::Action action)
-        : center(std::move(center)), preferences_(std::move(preferences)), action_(std::move(action)) {}
+    QuickAddHotKey(std::shared_ptr<HotKeyCenter> hotKeys, Preferences preferences, HotKeyCenter::Action action)
+        : center(std::move(hotKeys)), preferences_(std::move(preferences)), action_(std::move(action)) {}
 
     const std::shared_ptr<HotKeyCenter> center;
 

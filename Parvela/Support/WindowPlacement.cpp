@@ -12,9 +12,6 @@
 #include <X11/Xutil.h>
 #include <gdk/x11/gdkx.h>
 
-// GDK deprecated its X11 functions in 4.18 without a replacement for what is done here.
-#pragma clang diagnostic ignored "-Wdeprecated-declarations"
-
 namespace parvela {
 
 namespace {

@@ -246,6 +246,9 @@ Diagnostic files() {
 }
 
 Diagnostic links(const std::string& applicationId) {
+    if (isSandboxed()) {  // the desktop's choice is not to be seen from there
+        return {"Links", Verdict::good, "Flatpak offers Parvela to the desktop for “parvela” links.", ""};
+    }
     const auto handler = AppInfo::adopt(g_app_info_get_default_for_uri_scheme("parvela"));
     const char* const id = handler ? g_app_info_get_id(handler.get()) : nullptr;
     const std::string remedy =
