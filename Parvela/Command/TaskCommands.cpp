@@ -3,7 +3,6 @@
 #include "RunningProgram.h"
 
 #include <ParvelaKit/Endpoint.h>
-#include <ParvelaKit/Json/Encoder.h>
 #include <ParvelaKit/OfflineQueue.h>
 #include <ParvelaKit/QuickAddParser.h>
 #include <ParvelaKit/Records.h>
@@ -15,6 +14,7 @@
 #include <utility>
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 namespace parvela {
 
@@ -50,8 +50,32 @@ void report(const IntentResult& result, const Console& console) {
     if (result.note) console.line(*result.note);
 }
 
-nlohmann::json taskJson(const IntentResult& result) {
-    return result.tasks.empty() ? nlohmann::json() : json::toJson(result.tasks.front());
+template <class Value>
+nlohmann::json orNull(const std::optional<Value>& value) {
+    return value ? nlohmann::json(*value) : nlohmann::json();
+}
+
+/// What scripts are promised (docs/scripting.md), whatever the service calls it.
+nlohmann::json taskJson(const TaskSummary& task, const ServerConfig& server) {
+    const auto page = task.url ? server.appURL.resolving(*task.url) : std::nullopt;
+    return {{"id", task.id},
+            {"key", task.key},
+            {"title", task.title},
+            {"board", task.board},
+            {"boardId", task.boardId},
+            {"list", task.list},
+            {"listId", task.listId},
+            {"priority", task.priority},
+            {"dueDate", orNull(task.dueDate)},
+            {"dueTime", orNull(task.dueTime)},
+            {"labels", task.labels},
+            {"assignees", task.assignees},
+            {"done", task.done},
+            {"url", page ? nlohmann::json(page->text()) : nlohmann::json()}};
+}
+
+nlohmann::json taskJson(const IntentResult& result, const CommandSession& session) {
+    return result.tasks.empty() ? nlohmann::json() : taskJson(result.tasks.front(), session.session.server());
 }
 
 std::string dueText(const TaskSummary& task, CivilDate today) {
@@ -87,7 +111,7 @@ ExitStatus addTask(AddTaskWords words, OutputForm form, const CommandSession& se
         return ExitStatus::success;
     }
     const auto& note = result->tasks.empty() ? std::optional(result->dialog) : result->note;
-    console.json({{"task", taskJson(*result)}, {"note", note ? nlohmann::json(*note) : nlohmann::json()}});
+    console.json({{"task", taskJson(*result, session)}, {"note", orNull(note)}});
     return ExitStatus::success;
 }
 
@@ -96,7 +120,10 @@ ExitStatus showDueTasks(OutputForm form, const CommandSession& session, const Co
     const auto result = runUntilDone(actions->perform(ShowTasksDueTodayIntent{}));
     if (!result) return console.fail(result.error());
     if (form == OutputForm::json) {
-        console.json(json::toJson(result->tasks));
+        const ServerConfig server = session.session.server();
+        auto list = nlohmann::json::array();
+        for (const TaskSummary& task : result->tasks) list.push_back(taskJson(task, server));
+        console.json(list);
         return ExitStatus::success;
     }
     if (result->tasks.empty()) {
@@ -126,9 +153,7 @@ ExitStatus showBoards(OutputForm form, const CommandSession& session, const Cons
     if (form == OutputForm::json) {
         auto list = nlohmann::json::array();
         for (const Board& board : answered->boards) {
-            auto entry = json::toJson(board);
-            entry["default"] = board.id == defaultId;
-            list.push_back(std::move(entry));
+            list.push_back({{"id", board.id}, {"name", board.name}, {"default", board.id == defaultId}});
         }
         console.json(list);
         return ExitStatus::success;
@@ -148,7 +173,7 @@ ExitStatus openTask(const std::string& key, OutputForm form, const CommandSessio
     const std::vector<std::string> pages{actions.page()->text()};
     const bool isShown = RunningProgram::open(pages);
     if (form == OutputForm::json) {
-        console.json({{"task", taskJson(*result)}});
+        console.json({{"task", taskJson(*result, session)}});
     } else {
         report(*result, console);
     }
@@ -162,7 +187,7 @@ ExitStatus completeTask(const std::string& key, OutputForm form, const CommandSe
     if (!result) return console.fail(result.error());
     RunningProgram::tellTasksChanged();
     if (form == OutputForm::json) {
-        console.json({{"task", taskJson(*result)}});
+        console.json({{"task", taskJson(*result, session)}});
     } else {
         report(*result, console);
     }

@@ -119,6 +119,26 @@ class Tasks(CommandCase):
         self.service.answers["GET", "/tasks/TSK-7"] = (404, {})
         self.assert_says(self.parvela("complete", "TSK-7"), 1, err="parvela: Not found.")
 
+    def test_tasks_and_boards_as_json_have_the_promised_keys(self):
+        self.write_settings(ParvelaAppURL="https://app.parvela.test", defaultBoardID="b2")
+        service_task = task(dueDate=day(), url="/t/TSK-42", description="More", labelTags=[{"id": "l", "name": "l", "tone": "red"}])
+        promised = {"id": "id-TSK-42", "key": "TSK-42", "title": "Write brief", "board": "Home", "boardId": "b1", "list": "To do",
+                    "listId": "l1", "priority": "none", "dueDate": day(), "dueTime": None, "labels": [], "assignees": [], "done": False,
+                    "url": "https://app.parvela.test/t/TSK-42"}
+        self.service.answers["POST", "/tasks"] = self.service.answers["PATCH", "/tasks/TSK-42"] = (200, service_task)
+        self.service.answers["GET", "/tasks/TSK-42"] = (200, service_task)
+        self.service.answers["GET", "/tasks?due=today"] = (200, {"tasks": [service_task]})
+        cases = {
+            ("add", "x"): {"task": promised, "note": None},
+            ("due",): [promised],
+            ("complete", "TSK-42"): {"task": promised},
+            ("boards",): [{"id": f"b{number}", "name": name, "default": number == 2}
+                          for number, name in enumerate(("Home", "Work", "Zoë's List", "work "), 1)],
+        }
+        for command, answer in cases.items():
+            with self.subTest(command):
+                self.assertEqual(json.loads(self.parvela(*command, "--json").stdout), answer)
+
     def test_an_added_task_as_json(self):
         answer = json.loads(self.parvela("add", "Call Sam every monday", "--json").stdout)
         self.assertEqual(answer["task"]["key"], "TSK-42")

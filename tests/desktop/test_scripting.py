@@ -46,6 +46,8 @@ class Guide(DesktopTest):
         self.assertRegex(morning.stdout, r"Added \S+: Read the inbox\nAdded \S+: Water the plants\n$")
         again = self.shell(f"{EXAMPLE} morning")
         self.assertNotIn("Added", again.stdout)
+        *listed, late = again.stdout.splitlines()
+        self.assertEqual(f"{sum('  Today' not in line for line in listed)} of them are late.", late)
         self.assertRegex(self.shell(f"{EXAMPLE} note Ask Robin about -x- next week").stdout, r"^Noted as \S+\n$")
         evening = self.shell(f"{EXAMPLE} evening")
         self.assertEqual((0, ""), (evening.returncode, evening.stderr))
