@@ -15,7 +15,9 @@
 #include <ParvelaKit/DeepLink.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -64,17 +66,25 @@ public:
         try {
             app_.parse(std::move(arguments));
         } catch (const CLI::Success& wish) {
-            return app_.exit(wish);  // help or version
+            std::ostringstream help;  // or version
+            const int status = app_.exit(wish, help);
+            console_.write(help.str());
+            return static_cast<int>(console_.finish(static_cast<ExitStatus>(status)));
         } catch (const CLI::ParseError& error) {
-            fmt::print(stderr, "parvela: {}\nSee “parvela --help”.\n", presentable(error.what()));
-            return static_cast<int>(ExitStatus::usage);
+            return static_cast<int>(wrongUse(error));
         }
         auto& words = app_.get_subcommands().empty() ? urls_ : words_;
         words.insert(words.end(), rest.begin(), rest.end());
-        return static_cast<int>(perform());
+        return static_cast<int>(console_.finish(perform()));
     }
 
 private:
+    ExitStatus wrongUse(const CLI::Error& error) const {
+        (void)console_.fail(error.what());
+        (void)std::fputs("See “parvela --help”.\n", stderr);
+        return ExitStatus::usage;
+    }
+
     void defineAdd() {
         add_ = app_.add_subcommand("add", "Add a task from a line of quick add");
         add_->footer(

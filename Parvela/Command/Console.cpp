@@ -3,9 +3,12 @@
 #include <ParvelaKit/Text.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <system_error>
 #include <termios.h>
 #include <unistd.h>
 
@@ -45,6 +48,20 @@ std::string_view colourOf(Console::Style style) {
             return "\x1b[31m";
     }
     return {};
+}
+
+/// Standard error that can't be written has nobody to hear about it.
+void complain(const std::string& text) {
+    (void)std::fputs(text.c_str(), stderr);
+}
+
+/// What is closed would be given to the next file or connection that is opened, and texts be written into that.
+void occupyClosedStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) >= 0) continue;
+        // Opened the wrong way round, so that using it fails as before.
+        (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
 }
 
 /// Keeps the terminal from showing what is typed. A signal that ends the program shows it again first.
@@ -111,14 +128,33 @@ std::string presentable(std::string_view text) {
 }
 
 Console::Console() {
+    occupyClosedStreams();
     const char* const noColour = std::getenv("NO_COLOR");
     const char* const terminal = std::getenv("TERM");
     coloured_ =
         isatty(STDOUT_FILENO) == 1 && !(noColour && *noColour) && terminal && std::string_view(terminal) != "dumb";
 }
 
+bool Console::write(std::string_view text) const {
+    if (writeError_ == 0 && std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) writeError_ = errno;
+    return writeError_ == 0;
+}
+
+void Console::flush() const {
+    if (writeError_ == 0 && std::fflush(stdout) != 0) writeError_ = errno;
+}
+
+ExitStatus Console::finish(ExitStatus status) const {
+    flush();
+    // A reader that has seen enough is no failure.
+    if (writeError_ == 0 || writeError_ == EPIPE) return status;
+    const auto failed =
+        fail(fmt::format("The output can't be written: {}.", std::generic_category().message(writeError_)));
+    return status == ExitStatus::success ? failed : status;
+}
+
 void Console::line(std::string_view text) const {
-    fmt::print("{}\n", presentable(text));
+    write(presentable(text) + '\n');
 }
 
 void Console::table(const std::vector<Row>& rows) const {
@@ -143,22 +179,23 @@ void Console::table(const std::vector<Row>& rows) const {
             }
             missing += widths[column] - columnsOf(cell.text) + 2;
         }
-        fmt::print("{}\n", text);
+        text += '\n';
+        if (!write(text)) return;
     }
 }
 
 void Console::pair(std::string_view text, std::string_view meaning) const {
-    fmt::print("{}\t{}\n", presentable(text), presentable(meaning));
+    write(fmt::format("{}\t{}\n", presentable(text), presentable(meaning)));
 }
 
 void Console::json(const nlohmann::json& value) const {
-    fmt::print("{}\n", value.dump(2, ' ', true, nlohmann::json::error_handler_t::replace));
+    write(value.dump(2, ' ', true, nlohmann::json::error_handler_t::replace) + '\n');
 }
 
 ExitStatus Console::fail(std::string_view message, ExitStatus status) const {
     // What was said so far comes first when both go to the same place.
-    std::fflush(stdout);
-    fmt::print(stderr, "parvela: {}\n", presentable(message));
+    flush();
+    complain(fmt::format("parvela: {}\n", presentable(message)));
     return status;
 }
 
@@ -179,8 +216,7 @@ std::optional<std::string> Console::readSecret(std::string_view prompt) const {
     const bool typed = isatty(STDIN_FILENO) == 1;
     std::optional<HiddenInput> hidden;
     if (typed) {
-        fmt::print(stderr, "{}", prompt);
-        std::fflush(stderr);
+        complain(std::string(prompt));
         hidden.emplace();
     }
     std::string text;
@@ -192,7 +228,7 @@ std::optional<std::string> Console::readSecret(std::string_view prompt) const {
         text += c;
         if (text.size() > longestSecret) return std::nullopt;
     }
-    if (typed) fmt::print(stderr, "\n");
+    if (typed) complain("\n");
     return any ? std::optional(std::move(text)) : std::nullopt;
 }
 

@@ -39,6 +39,12 @@ public:
     void pair(std::string_view text, std::string_view meaning) const;
     /// One JSON document. Other characters than ASCII are escaped.
     void json(const nlohmann::json& value) const;
+    /// Text as it stands; false when the output takes no more.
+    bool write(std::string_view text) const;
+    void flush() const;
+
+    /// To be called at the end: gives `status` back, or a failure when not everything could be written.
+    ExitStatus finish(ExitStatus status) const;
 
     /// One line on standard error; gives `status` back.
     ExitStatus fail(std::string_view message, ExitStatus status = ExitStatus::failure) const;
@@ -52,6 +58,7 @@ public:
 
 private:
     bool coloured_;
+    mutable int writeError_ = 0;  ///< the first one, as errno has it
 };
 
 /// Without control characters and characters that reorder text.

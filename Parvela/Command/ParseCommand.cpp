@@ -6,7 +6,6 @@
 #include <Platform/SystemClock.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <string_view>
 #include <unistd.h>
 
@@ -89,14 +88,14 @@ ExitStatus parseInput(const Console& console) {
     ExitStatus status = ExitStatus::success;
     std::string line;
     for (;;) {
-        const auto kind = input.next(line, [] { std::fflush(stdout); });
+        const auto kind = input.next(line, [&console] { console.flush(); });
         if (kind == InputLines::Kind::end) break;
         std::string answer = kind == InputLines::Kind::tooLong ? R"({"error":"the line is too long"})" : answerTo(line);
         if (answer.starts_with(R"({"error")")) status = ExitStatus::usage;
         answer += '\n';
-        if (std::fwrite(answer.data(), 1, answer.size(), stdout) != answer.size()) break;
+        if (!console.write(answer)) break;
     }
-    return std::fflush(stdout) == 0 ? status : console.fail("The results can't be written.");
+    return status;
 }
 
 }  // namespace

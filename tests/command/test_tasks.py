@@ -6,6 +6,7 @@ import socket
 import sqlite3
 import time
 
+from harness import programs
 from support import CommandCase, boards, task, TOKEN
 
 OFFLINE = "parvela: You're offline, or Parvela can't be reached. Check your connection and the server in Settings."
@@ -54,6 +55,26 @@ class Tasks(CommandCase):
     def test_notes_follow_the_success(self):
         self.assert_says(self.parvela("add", "Call Sam every monday"), 0,
                          "Added TSK-42: Call Sam\nRepeat rules can't be set from quick add — set the repeat in Parvela.")
+
+    def test_output_that_is_not_taken(self):
+        self.service.answers["GET", "/tasks?due=today"] = (200, {"tasks": [task(f"TSK-{n}", "x" * 100) for n in range(2000)]})
+        self.service.answers["GET", "/tasks/NO-1"] = (404, {})
+        full = "parvela: The output can't be written: No space left on device."
+        cases = {
+            "due | head -1 | wc -l": (0, "1", ""),
+            "due >/dev/full": (1, "", full),
+            "due --json >/dev/full": (1, "", full),
+            "boards >/dev/full": (1, "", full),
+            "parse x >/dev/full": (1, "", full),
+            "--help >/dev/full": (1, "", full),
+            "boards >&-": (1, "", "parvela: The output can't be written: Bad file descriptor."),
+            "complete NO-1 2>/dev/full": (1, "", ""),
+            "complete NO-1 2>&-": (1, "", ""),
+        }
+        for command, outcome in cases.items():
+            with self.subTest(command):
+                run = self.session.run("bash", "-o", "pipefail", "-c", f"{programs.path('parvela')} {command}")
+                self.assert_says(run, *outcome)
 
     def test_an_unresolved_name_is_left_in_the_title(self):
         refusals = [(400, {"error": {"message": "Board has no label “garden”."}})]
