@@ -73,16 +73,30 @@ public:
         } catch (const CLI::ParseError& error) {
             return static_cast<int>(wrongUse(error));
         }
+        for (const CLI::App* const command : app_.get_subcommands()) {
+            words_ = command->remaining();
+            const auto option = std::ranges::find_if(words_, isOption);
+            if (option != words_.end()) return static_cast<int>(wrongUse(CLI::ExtrasError({*option})));
+        }
         auto& words = app_.get_subcommands().empty() ? urls_ : words_;
         words.insert(words.end(), rest.begin(), rest.end());
         return static_cast<int>(console_.finish(perform()));
     }
 
 private:
+    static bool isOption(const std::string& word) { return word.size() > 1 && word.starts_with('-'); }
+
     ExitStatus wrongUse(const CLI::Error& error) const {
         (void)console_.fail(error.what());
         (void)std::fputs("See “parvela --help”.\n", stderr);
         return ExitStatus::usage;
+    }
+
+    /// The words are what is left over: the library would take "[a,b]" among the values of an option for a list.
+    static void takeLine(CLI::App* command) {
+        command->allow_extras();
+        constexpr int onlyInTheHelp = 0;
+        command->add_option("LINE...")->description("The line; several words are joined")->expected(onlyInTheHelp);
     }
 
     void defineAdd() {
@@ -90,7 +104,7 @@ private:
         add_->footer(
             "Example: parvela add Write brief tomorrow 9am !high --board Marketing\nWords that begin with \"-\" go "
             "behind \"--\".");
-        add_->add_option("LINE", words_, "The line; several words are joined");
+        takeLine(add_);
         add_->add_option("--board", addWords_.board,
                          "Board by id or name (default: the default board of the settings)");
         add_->add_option("--due", addWords_.due, "Due date: YYYY-MM-DD, or words such as \"next friday\"");
@@ -100,7 +114,7 @@ private:
 
     void defineParse() {
         parse_ = app_.add_subcommand("parse", "Show what quick add makes of a line, without sending it");
-        parse_->add_option("LINE", words_, "The line; several words are joined");
+        takeLine(parse_);
         parse_->add_option("--today", parseOptions_.today,
                            "The date on which the line is typed, YYYY-MM-DD (default: today)");
         parse_->add_flag("--lines", parseOptions_.manyLines,

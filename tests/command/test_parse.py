@@ -25,6 +25,12 @@ class Parse(unittest.TestCase):
             "tokens": [{"start": 4, "end": 12, "kind": "date", "value": "2026-11-22", "display": "Tomorrow"},
                        {"start": 13, "end": 22, "kind": "repeat", "value": "weekly:5", "display": "Every Fri"}]})
 
+    def test_words_keep_what_an_option_would_take_for_a_list(self):
+        for words in (["[a, b]"], ["[]"], ["x", "[y]"], ["[y]", "--json", "x"], ["x", "--", "[y, z]", "--json"]):
+            with self.subTest(words):
+                title = " ".join(word for word in words if word != "--" and (word != "--json" or "--" in words))
+                self.assertEqual(json.loads(parvela("parse", "--json", *words).stdout)["title"], title)
+
     def test_many_lines(self):
         lines = ["2026-11-21\tCall tomorrow", "", "2026-02-30\tx", "no tab", "2026-01-01\ta\tb", "2026-11-21\t" + "x" * 2_000_000,
                  "2026-11-21\tlast, without a line break"]
@@ -46,7 +52,7 @@ class Parse(unittest.TestCase):
             self.assertEqual(process.wait(10), 0)
 
     def test_wrong_use(self):
-        for arguments in (["parse"], ["parse", "--lines", "x"], ["parse", "--today", "21.11.2026", "x"], ["parse", "--what"]):
+        for arguments in (["parse"], ["parse", "--lines", "x"], ["parse", "--today", "21.11.2026", "x"], ["parse", "x", "--what"], ["parse", "-x"]):
             with self.subTest(arguments):
                 run = parvela(*arguments)
                 self.assertEqual((run.returncode, run.stdout), (2, ""))

@@ -45,6 +45,9 @@ class Tasks(CommandCase):
     def test_words_that_are_commands_or_look_like_options_are_words(self):
         self.assert_says(self.parvela("add", "open", "boards", "--", "-5", "degrees"), 0, "Added TSK-42: open boards -5 degrees")
         self.assert_says(self.parvela("add", "--", "--json"), 0, "Added TSK-42: --json")
+        self.assert_says(self.parvela("add", "[Draft, v2]", "--board", "[x]", "[]"), 2, err="parvela: There is no board “[x]”.")
+        self.assert_says(self.parvela("add", "[Draft, v2]", "--priority", "low", "[]"), 0, "Added TSK-42: [Draft, v2] []")
+        self.assertEqual(self.parvela("add", "x", "-5", "degrees").returncode, 2)
 
     def test_the_default_board_is_used_without_asking_for_boards(self):
         self.write_settings(defaultBoardID="b9", defaultBoardName="Attic")
