@@ -151,6 +151,9 @@ private:
     }
 
     ExitStatus perform() {
+        if (background_ && !app_.get_subcommands().empty()) {
+            return console_.fail("--background goes with no command.", ExitStatus::usage);
+        }
         if (demo_ && !local_) return console_.fail("--demo needs --local.", ExitStatus::usage);
         if (*parse_) return parse();
         if (*add_ && words_.empty()) return console_.fail("add needs a line.", ExitStatus::usage);

@@ -101,7 +101,8 @@ class Window(WindowCase):
                 self.assertEqual(self.started(), [str(len(passed)), *passed])
 
     def test_what_is_neither_a_command_nor_a_url_opens_nothing(self):
-        for arguments in (["ad"], ["relative/path"], ["--demo"], ["due", "extra"], ["due", "--", "extra"], ["add"]):
+        for arguments in (["ad"], ["relative/path"], ["--demo"], ["due", "extra"], ["due", "--", "extra"], ["add"],
+                          ["--background", "due"]):
             with self.subTest(arguments):
                 run = self.parvela(*arguments)
                 self.assertEqual((run.returncode, run.stdout), (2, ""))
