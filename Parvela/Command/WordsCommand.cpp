@@ -2,6 +2,7 @@
 
 #include <ParvelaKit/GLibPtr.h>
 #include <ParvelaKit/Records.h>
+#include <ParvelaKit/Text.h>
 #include <Platform/MainLoop.h>
 #include <Platform/XdgPaths.h>
 
@@ -24,7 +25,9 @@ using Json = nlohmann::json;
 
 constexpr std::chrono::milliseconds freshness = 60s;
 constexpr std::chrono::milliseconds patience = 1s;
-constexpr std::size_t mostWords = 2000;
+constexpr std::size_t mostWords = 2000;  // of a kind
+constexpr std::size_t longestWord = 250;
+constexpr std::size_t longestMeaning = 100;  // in characters
 constexpr std::uintmax_t largestFile = 4 * 1024 * 1024;
 
 std::filesystem::path file() {
@@ -53,6 +56,12 @@ void keep(const Json& content) {
                                    G_FILE_SET_CONTENTS_CONSISTENT, ownerOnly, nullptr);
 }
 
+/// What nobody would complete is left out, so that all of it fits into a file that is read again.
+void add(Json& list, const std::string& word, const std::string& meaning) {
+    if (list.size() == mostWords || word.size() > longestWord) return;
+    list.push_back(Json::array({word, firstCharacters(meaning, longestMeaning)}));
+}
+
 Task<std::optional<Json>> ask(ParvelaSession session, std::stop_token stop) {
     auto connecting = session.client();
     const auto api = co_await connecting;
@@ -66,10 +75,9 @@ Task<std::optional<Json>> ask(ParvelaSession session, std::stop_token stop) {
     const auto tasks = co_await listing;
     if (!boards || !tasks) co_return std::nullopt;
     Json content{{"boards", Json::array()}, {"keys", Json::array()}};
-    for (const Board& board : boards->boards) content["boards"].push_back(Json::array({board.name, board.id}));
+    for (const Board& board : boards->boards) add(content["boards"], board.name, board.id);
     for (const TaskSummary& task : tasks->tasks) {
-        if (content["keys"].size() == mostWords) break;
-        if (!task.done) content["keys"].push_back(Json::array({task.key, task.title}));
+        if (!task.done) add(content["keys"], task.key, task.title);
     }
     co_return content;
 }

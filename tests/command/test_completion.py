@@ -178,3 +178,11 @@ class Completion(CommandCase):
         self.parvela("unlink")
         self.assertFalse(kept.exists())
         self.assert_says(self.parvela("words", "keys"), 0)
+
+    def test_words_can_be_kept_however_many_and_long_they_are(self):
+        self.service.answers["GET", "/boards"] = (200, boards("Home", "x" * 5_000_000, *(f"Board {n}" for n in range(5000))))
+        self.service.answers["GET", "/tasks"] = (200, {"tasks": [task("TSK-1", "y" * 5_000_000)]})
+        for _ in range(2):
+            offered = self.parvela("words", "boards").stdout.splitlines()
+            self.assertEqual((offered[:2], len(offered)), (["Home\tb1", "Board 0\tb3"], 2000))
+        self.assertEqual(len(self.service.requests), 2)
