@@ -208,8 +208,9 @@ Task<Result<std::vector<BoardEntity>, IntentError>> findBoards(ParvelaSession se
     auto call = api->send<BoardsResponse>(Endpoint::boards());
     auto answer = co_await call;
     if (!answer) co_return failed(answer.error());
+    if (ids) std::ranges::sort(*ids);
     for (Board& board : answer->boards) {
-        if (ids && std::ranges::find(*ids, board.id) == ids->end()) continue;
+        if (ids && !std::ranges::binary_search(*ids, board.id)) continue;
         found.push_back({std::move(board.id), std::move(board.name)});
     }
     co_return found;
