@@ -31,17 +31,16 @@ ExitStatus linkToken(OutputForm form, const CommandSession& session, const Conso
 }
 
 ExitStatus unlink(OutputForm form, const CommandSession& session, const Console& console) {
-    const bool hadToken = runUntilDone(session.session.client()).has_value();
-    runUntilDone(session.session.unlink());
-    if (hadToken && runUntilDone(session.session.client())) {
-        return console.fail("The token couldn't be removed from the Keychain.");
-    }
+    const Unlinked outcome = runUntilDone(session.session.unlink());
     forgetWords();
     RunningProgram::tellSettingsChanged();
+    if (outcome == Unlinked::stillKept || outcome == Unlinked::noAnswer) return console.fail(message(outcome));
     if (form == OutputForm::json) {
-        console.json({{"linked", false}, {"hadToken", hadToken}});
+        console.json({{"linked", false},
+                      {"hadToken", outcome != Unlinked::nothingStored},
+                      {"revoked", outcome == Unlinked::revoked}});
     } else {
-        console.line(hadToken ? "Unlinked." : "No token was stored.");
+        console.line(message(outcome));
     }
     return ExitStatus::success;
 }

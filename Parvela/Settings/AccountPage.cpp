@@ -39,18 +39,6 @@ LinkText textOf(const LinkInfo& link) {
                                : fmt::format("Since {}", since)};
 }
 
-const char* textOf(Unlinked outcome) {
-    switch (outcome) {
-        case Unlinked::revoked:
-            return "Unlinked. The token was revoked.";
-        case Unlinked::notRevoked:
-            return "Unlinked. The service couldn't be told: revoke the token in Parvela → Settings → API and agents.";
-        case Unlinked::stillKept:
-            return "A token is still in the Keychain. Unlock the Keychain and unlink again.";
-    }
-    return "";
-}
-
 struct Remedy {
     const char* title;
     const char* text;
@@ -215,7 +203,7 @@ Task<void> AccountPage::unlink(std::weak_ptr<AccountPage> self, std::shared_ptr<
     if (!page) co_return;
     page->isUnlinking_ = false;
     page->showLink();
-    page->showToast(textOf(outcome));
+    page->showToast(std::string(message(outcome)));
 }
 
 SecretItem AccountPage::tokenItem() const {

@@ -20,6 +20,22 @@ std::string message(const PastedTokenError& error) {
     return std::visit([](const auto& one) { return one.message(); }, error);
 }
 
+std::string_view message(Unlinked outcome) {
+    switch (outcome) {
+        case Unlinked::revoked:
+            return "Unlinked. The token was revoked.";
+        case Unlinked::notRevoked:
+            return "Unlinked. The service couldn't be told: revoke the token in Parvela → Settings → API and agents.";
+        case Unlinked::nothingStored:
+            return "No token was stored.";
+        case Unlinked::stillKept:
+            return "A token is still in the Keychain. Unlock the Keychain and unlink again.";
+        case Unlinked::noAnswer:
+            return "The Keychain doesn't answer, so a token may still be in it. Unlink again once it does.";
+    }
+    return "";
+}
+
 Task<Result<void, LinkError>> ParvelaSession::adoptLink(BridgeMessage::Link link, std::optional<Url> sender) const {
     return adopt(*this, std::move(link), std::move(sender));
 }
@@ -96,11 +112,19 @@ Task<Unlinked> ParvelaSession::unlinkNow(ParvelaSession session) {
     const std::string origin = ServerConfig::origin(server.appURL);
     session.prefs_.setLinkInfo(origin, std::nullopt);
     session.prefs_.setLinkedApi(origin, std::nullopt);
-    // One that could not be read before was not revoked.
-    if (removed == SecretStatus::success) co_return token ? outcome : Unlinked::notRevoked;
-    const bool mayBeThere = token || removed == SecretStatus::locked || removed == SecretStatus::failed;
-    const bool isKept = mayBeThere && removed != SecretStatus::notFound;
-    co_return isKept ? Unlinked::stillKept : outcome;
+    switch (removed) {
+        case SecretStatus::success:
+            // One that could not be read before was not revoked.
+            co_return token ? outcome : Unlinked::notRevoked;
+        case SecretStatus::notFound:
+            co_return token ? outcome : Unlinked::nothingStored;
+        case SecretStatus::noService:
+            co_return token ? Unlinked::stillKept : Unlinked::noAnswer;
+        case SecretStatus::locked:
+        case SecretStatus::failed:
+            break;
+    }
+    co_return Unlinked::stillKept;
 }
 
 std::optional<LinkInfo> ParvelaSession::linkInfo() const {

@@ -1,5 +1,6 @@
 """Storing and forgetting tokens, and what a keyring may do in between."""
 
+import json
 import os
 import pty
 import select
@@ -22,10 +23,22 @@ class Link(CommandCase):
         self.assert_says(self.parvela("link-token", stdin=f"  Bearer {TOKEN}  \n"), 0, f"The token for {self.service.url} is saved.")
         self.assertEqual(self.parvela("due").returncode, 0)
         self.assertEqual(self.service.tokens, ["Bearer " + TOKEN])
-        self.assert_says(self.parvela("unlink"), 0, "Unlinked.")
+        self.assert_says(self.parvela("unlink"), 0, "Unlinked. The token was revoked.")
         self.assertEqual(len(self.service.sent("POST", "/token/revoke")), 1)
         self.assertEqual(self.parvela("due").returncode, 3)
         self.assert_says(self.parvela("unlink"), 0, "No token was stored.")
+
+    def test_unlinking_says_what_became_of_the_token(self):
+        untold = "Unlinked. The service couldn't be told: revoke the token in Parvela → Settings → API and agents."
+        for status, said in ((200, "Unlinked. The token was revoked."), (401, "Unlinked. The token was revoked."), (403, untold), (500, untold)):
+            with self.subTest(status):
+                self.link()
+                self.service.answers["POST", "/token/revoke"] = (status, {"ok": True})
+                self.assert_says(self.parvela("unlink"), 0, said)
+                self.assertEqual(self.parvela("due").returncode, 3)
+        self.link()
+        self.assertEqual(json.loads(self.parvela("unlink", "--json").stdout), {"linked": False, "hadToken": True, "revoked": False})
+        self.assertEqual(json.loads(self.parvela("unlink", "--json").stdout), {"linked": False, "hadToken": False, "revoked": False})
 
     def test_what_is_no_token_is_not_stored(self):
         for text in ("hello\n", "\n", "tk_\n", "tk_" + "x" * 600 + "\n"):
@@ -61,6 +74,7 @@ class LockedKeyring(CommandCase):
     def test_reading_does_not_wait_and_saving_reports_the_status(self):
         self.assertEqual(self.parvela("due").returncode, 3)
         self.assert_says(self.parvela("link-token", stdin=TOKEN), 1, err="parvela: Couldn't save to the Keychain (error -25308).")
+        self.assert_says(self.parvela("unlink"), 1, err="parvela: A token is still in the Keychain. Unlock the Keychain and unlink again.")
 
 
 class NoKeyring(CommandCase):
@@ -69,3 +83,5 @@ class NoKeyring(CommandCase):
     def test_reading_does_not_wait_and_saving_reports_the_status(self):
         self.assertEqual(self.parvela("due").returncode, 3)
         self.assert_says(self.parvela("link-token", stdin=TOKEN), 1, err="parvela: Couldn't save to the Keychain (error -25291).")
+        self.assert_says(self.parvela("unlink"), 1,
+                         err="parvela: The Keychain doesn't answer, so a token may still be in it. Unlink again once it does.")

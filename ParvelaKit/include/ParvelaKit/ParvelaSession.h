@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 
 namespace parvela {
@@ -50,8 +51,12 @@ std::string message(const PastedTokenError& error);
 enum class Unlinked {
     revoked,     ///< it is worth nothing any more
     notRevoked,  ///< it is forgotten here, but the service could not be told
-    stillKept,   ///< the keyring did not let go of it, or another one was stored meanwhile
+    nothingStored,
+    stillKept,  ///< the keyring did not let go of it, or another one was stored meanwhile
+    noAnswer,   ///< the keyring did not say whether there is one
 };
+/// The user-facing text.
+std::string_view message(Unlinked outcome);
 
 /// The link between this device and the web app in force: its token, its record, and the API client made from both.
 ///

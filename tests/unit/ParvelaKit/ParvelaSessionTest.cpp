@@ -134,11 +134,13 @@ TEST_F(UnlinkTest, tellsWhenTheKeyringDoesNotLetGo) {
     network.answer("POST /api/v1/token/revoke", 200, R"({"ok":true})");
     secrets->fail("remove", SecretStatus::locked);
     EXPECT_EQ(session.unlink().result(), Unlinked::stillKept);
+    secrets->fail("read", SecretStatus::noService);
+    EXPECT_EQ(session.unlink().result(), Unlinked::noAnswer);
 }
 
 TEST_F(UnlinkTest, withoutATokenTheServiceIsNotAsked) {
     secrets->secrets.clear();
-    ASSERT_TRUE(session.unlink().done());
+    EXPECT_EQ(session.unlink().result(), Unlinked::nothingStored);
     EXPECT_TRUE(network.requests().empty());
     expectForgotten();
 }
