@@ -172,6 +172,10 @@ ExitStatus openTask(const std::string& key, OutputForm form, const CommandSessio
     if (!result) return console.fail(result.error());
     const std::vector<std::string> pages{actions.page()->text()};
     const bool isShown = RunningProgram::open(pages);
+    if (!isShown) {
+        // Nothing is written when the command fails.
+        if (const auto problem = RunningProgram::obstacle()) return console.fail(*problem);
+    }
     if (form == OutputForm::json) {
         console.json({{"task", taskJson(*result, session)}});
     } else {

@@ -1,7 +1,11 @@
 #include "Support/EarlyApplication.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <utility>
+
+#include <fmt/format.h>
 
 namespace parvela {
 
@@ -19,7 +23,10 @@ struct EarlyApplicationClass {
 gpointer parentClass = nullptr;
 
 void startup(GApplication* application) {
-    gtk_init();
+    if (!gtk_init_check()) {
+        fmt::print(stderr, "parvela: There is no display. Parvela's window needs a desktop session.\n");
+        std::exit(EXIT_FAILURE);
+    }
     (*reinterpret_cast<EarlyApplication*>(application)->act)();
     G_APPLICATION_CLASS(parentClass)->startup(application);
 }

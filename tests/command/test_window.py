@@ -1,7 +1,9 @@
 """The way to the window: starting it, handing URLs to the one that runs, and the service of this machine."""
 
+import contextlib
 import os
 import shutil
+import signal
 import subprocess
 import unittest
 
@@ -65,8 +67,9 @@ class WindowCase(CommandCase):
         (self.bin / name).write_text(text, encoding="utf-8")
         (self.bin / name).chmod(0o755)
 
-    def parvela(self, *arguments, **options):
-        return self.session.run(self.bin / "parvela", *arguments, **options)
+    def parvela(self, *arguments, env=None, **options):
+        # No program here looks at the display.
+        return self.session.run(self.bin / "parvela", *arguments, env={"DISPLAY": ":none", **(env or {})}, **options)
 
     def started(self):
         file = self.session.home / "started"
@@ -89,6 +92,43 @@ class Window(WindowCase):
         self.assertEqual(self.started(), [])
         self.assert_says(self.parvela("open", "TSK-42"), 0, "Open TSK-42")
         self.assertEqual(self.started(), ["1", "https://app.parvela.test/t/TSK-42"])
+
+    def test_without_a_display_nothing_is_said_to_be_open(self):
+        self.link()
+        self.addCleanup(self.parvela, "unlink")
+        for form in ([], ["--json"]):
+            self.assert_says(self.parvela("open", "TSK-42", *form, env={"DISPLAY": ""}), 1,
+                             err="parvela: There is no display. Parvela's window needs a desktop session.")
+        self.assertEqual(self.started(), [])
+
+    def test_the_bus_starts_the_program_and_the_command_ends(self):
+        self.link()
+        self.addCleanup(self.parvela, "unlink")
+        told = self.session.home / "told"
+        for arguments, said, heard in ((["open", "TSK-42"], "Open TSK-42", "open https://app.parvela.test/t/TSK-42"),
+                                       (["quick-add"], "", "showQuickAdd")):
+            with self.subTest(arguments), self.startable_by_the_bus(told):
+                self.assert_says(self.parvela(*arguments, env={"DISPLAY": ""}), 0, said)
+                wait_until(lambda: heard in told.read_text(encoding="utf-8").splitlines(), "what it was told")
+                self.assertEqual(self.started(), [])
+
+    @contextlib.contextmanager
+    def startable_by_the_bus(self, output):
+        self.write_program("running", RUNNING)
+        entry = self.session.root / "services" / "app.parvela.Parvela.service"
+        entry.write_text(f"[D-BUS Service]\nName=app.parvela.Parvela\nExec=/bin/sh -c \"exec '{self.bin}/running' > '{output}'\"\n",
+                         encoding="utf-8")
+        bus = ["gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/org/freedesktop/DBus", "--method"]
+        self.session.run(*bus, "org.freedesktop.DBus.ReloadConfig")
+        try:
+            yield
+        finally:
+            entry.unlink()
+            self.session.run(*bus, "org.freedesktop.DBus.ReloadConfig")
+            answer = self.session.run(*bus, "org.freedesktop.DBus.GetConnectionUnixProcessID", "app.parvela.Parvela").stdout
+            if answer:
+                os.kill(int(answer.strip("(,)\n").removeprefix("uint32 ")), signal.SIGTERM)
+                wait_until(lambda: not self.session.run(*bus, "org.freedesktop.DBus.GetNameOwner", "app.parvela.Parvela").stdout, "its end")
 
     def test_without_a_command_the_window_opens(self):
         for arguments, passed in (([], []), (["--background"], ["--background"]),
@@ -150,7 +190,7 @@ class Local(WindowCase):
         self.write_settings(serverMode="production")
 
     def in_private_network(self, script):
-        return self.session.run("unshare", "-rn", "sh", "-c", f"ip link set lo up; {script}", env={"P": str(self.bin / "parvela")})
+        return self.session.run("unshare", "-rn", "sh", "-c", f"ip link set lo up; {script}", env={"P": str(self.bin / "parvela"), "DISPLAY": ":none"})
 
     def service_starts(self):
         return (self.session.home / "service").read_text(encoding="utf-8").splitlines()

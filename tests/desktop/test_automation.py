@@ -180,6 +180,13 @@ class StartUp(AutomationTest):
         self.assertEqual((0, ""), (result.returncode, result.stderr))
         self.app.wait_for_window()
 
+    def test_the_command_ends_when_the_window_is_on_its_way(self):
+        told = self.app.command("open", "TSK-3", "--json")
+        self.assertEqual((0, ""), (told.returncode, told.stderr))
+        self.assertEqual("TSK-3", json.loads(told.stdout)["task"]["key"])
+        self.app.wait_for_window()
+        self.app.page("/t/TSK-3")
+
     def test_a_start_at_login_shows_no_window(self):
         autostart = self.app.start("--background")
         wait_until(self.app.answers, "the application")
