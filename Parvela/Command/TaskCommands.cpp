@@ -144,8 +144,8 @@ ExitStatus showDueTasks(OutputForm form, const CommandSession& session, const Co
 }
 
 ExitStatus showBoards(OutputForm form, const CommandSession& session, const Console& console) {
-    const auto api = runUntilDone(session.session.client());
-    if (!api) return console.fail(APIError::missingToken());
+    const auto api = runUntilDone(session.session.connect());
+    if (!api) return console.fail(noTokenText(api.error()), ExitStatus::notLinked);
     const auto answered = runUntilDone(api->send<BoardsResponse>(Endpoint::boards()));
     // Nothing here cancels a call.
     if (!answered) return console.fail(answered.error().error().value_or(APIError::invalidResponse()));

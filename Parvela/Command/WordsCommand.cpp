@@ -63,10 +63,11 @@ void add(Json& list, const std::string& word, const std::string& meaning) {
 }
 
 Task<std::optional<Json>> ask(ParvelaSession session, std::stop_token stop) {
-    auto connecting = session.client();
+    auto connecting = session.connect();
     const auto api = co_await connecting;
     if (!api) {
-        forgetWords();
+        // A keyring that is locked or silent may still hold the token that they came with.
+        if (api.error() == SecretStatus::notFound) forgetWords();
         co_return std::nullopt;
     }
     auto asking = api->send<BoardsResponse>(Endpoint::boards(), stop);
@@ -80,6 +81,24 @@ Task<std::optional<Json>> ask(ParvelaSession session, std::stop_token stop) {
         if (!task.done) add(content["keys"], task.key, task.title);
     }
     co_return content;
+}
+
+Task<void> deliver(Task<std::optional<Json>> asking, Deferred<std::optional<Json>> outcome) {
+    auto answer = co_await asking;
+    outcome.resolve(std::move(answer));
+}
+
+/// None when the keyring or the service does not answer in time.
+Task<std::optional<Json>> askInTime(ParvelaSession session) {
+    std::stop_source stop;
+    const Deferred<std::optional<Json>> outcome;
+    deliver(ask(std::move(session), stop.get_token()), outcome).detach();
+    const MainLoopTimer limit(patience, [stop, outcome]() mutable {
+        stop.request_stop();
+        outcome.resolve(std::nullopt);
+    });
+    auto answer = co_await outcome;
+    co_return answer;
 }
 
 void show(const Json& words, const Console& console) {
@@ -100,9 +119,7 @@ ExitStatus showWords(const std::string& kind, const CommandSession& session, con
         content.is_object() &&
         std::chrono::abs(now - std::chrono::milliseconds(content["at"].get<std::int64_t>())) < freshness;
     if (!isFresh) {
-        std::stop_source stop;
-        const MainLoopTimer limit(patience, [&stop] { stop.request_stop(); });
-        if (auto answer = runUntilDone(ask(session.session, stop.get_token()))) {
+        if (auto answer = runUntilDone(askInTime(session.session))) {
             content = std::move(*answer);
             content["site"] = site;
             content["at"] = now.count();

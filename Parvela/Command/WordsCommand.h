@@ -12,8 +12,8 @@ namespace parvela {
 /// tasks).
 ///
 /// A shell that waits for the network is worse than one that offers nothing, so the words are kept for a minute in the
-/// user's cache folder, older ones are used when the service takes longer than a second, and nothing is said about
-/// failures.
+/// user's cache folder, older ones are used when keyring and service take longer than a second, and nothing is said
+/// about failures.
 ExitStatus showWords(const std::string& kind, const CommandSession& session, const Console& console);
 
 /// Removes what was kept.

@@ -87,6 +87,10 @@ Failure<IntentError> failed(const APIFailure& failure) {
     return failure.error() ? failed(*failure.error()) : Failure(IntentError{});
 }
 
+Failure<IntentError> unlinked(SecretStatus status) {
+    return Failure(IntentError{IntentError::Case::call, noTokenText(status), APIError::missingToken()});
+}
+
 Failure<IntentError> misused(IntentError::Case kind, std::string message) {
     return Failure(IntentError{kind, std::move(message)});
 }
@@ -96,9 +100,9 @@ Failure<IntentError> tooLong() {
 }
 
 Outcome addTask(ParvelaSession session, OfflineQueue* queue, AddTaskIntent intent) {
-    auto connecting = session.client();
+    auto connecting = session.connect();
     const auto api = co_await connecting;
-    if (!api) co_return failed(APIError::missingToken());
+    if (!api) co_return unlinked(api.error());
 
     if (!intent.board) {
         if (const auto id = session.prefs().defaultBoardID()) {
@@ -137,9 +141,9 @@ std::string dueDialog(const std::vector<TaskSummary>& open) {
 }
 
 Outcome showTasksDueToday(ParvelaSession session) {
-    auto connecting = session.client();
+    auto connecting = session.connect();
     const auto api = co_await connecting;
-    if (!api) co_return failed(APIError::missingToken());
+    if (!api) co_return unlinked(api.error());
     auto call = api->send<TasksResponse>(Endpoint::tasks({.due = DueFilter::today}));
     auto answer = co_await call;
     if (!answer) co_return failed(answer.error());
@@ -164,9 +168,9 @@ Result<std::string, IntentError> checkedKey(const std::string& key) {
 Outcome openTask(ParvelaSession session, OpenTaskIntent intent, std::function<void(Url)> openURL) {
     const auto key = checkedKey(intent.key);
     if (!key) co_return Failure(key.error());
-    auto connecting = session.client();
+    auto connecting = session.connect();
     const auto api = co_await connecting;
-    if (!api) co_return failed(APIError::missingToken());
+    if (!api) co_return unlinked(api.error());
     auto call = api->send<TaskSummary>(Endpoint::task(*key));
     auto task = co_await call;
     if (!task) co_return failed(task.error());
@@ -183,9 +187,9 @@ Outcome openTask(ParvelaSession session, OpenTaskIntent intent, std::function<vo
 Outcome completeTask(ParvelaSession session, CompleteTaskIntent intent) {
     const auto key = checkedKey(intent.key);
     if (!key) co_return Failure(key.error());
-    auto connecting = session.client();
+    auto connecting = session.connect();
     const auto api = co_await connecting;
-    if (!api) co_return failed(APIError::missingToken());
+    if (!api) co_return unlinked(api.error());
     auto call = api->send<TaskSummary>(Endpoint::task(*key));
     auto task = co_await call;
     if (!task) co_return failed(task.error());
@@ -201,10 +205,11 @@ Outcome completeTask(ParvelaSession session, CompleteTaskIntent intent) {
 /// Every board when `ids` is none.
 Task<Result<std::vector<BoardEntity>, IntentError>> findBoards(ParvelaSession session,
                                                                std::optional<std::vector<std::string>> ids) {
-    auto connecting = session.client();
+    auto connecting = session.connect();
     const auto api = co_await connecting;
     std::vector<BoardEntity> found;
-    if (!api) co_return found;
+    if (!api && api.error() == SecretStatus::notFound) co_return found;
+    if (!api) co_return unlinked(api.error());
     auto call = api->send<BoardsResponse>(Endpoint::boards());
     auto answer = co_await call;
     if (!answer) co_return failed(answer.error());
@@ -277,9 +282,9 @@ Task<Result<AddTaskIntent, IntentError>> understood(ParvelaSession session, AddT
     // The default board needs no network, so a line for it can be kept while offline.
     if (!words.board || words.board == session.prefs().defaultBoardID()) co_return intent;
 
-    auto connecting = session.client();
+    auto connecting = session.connect();
     const auto api = co_await connecting;
-    if (!api) co_return failed(APIError::missingToken());
+    if (!api) co_return unlinked(api.error());
     auto asking = findBoards(session, std::nullopt);
     const auto boards = co_await asking;
     if (!boards) co_return Failure(boards.error());

@@ -36,6 +36,22 @@ std::string_view message(Unlinked outcome) {
     return "";
 }
 
+std::string noTokenText(SecretStatus status) {
+    switch (status) {
+        case SecretStatus::locked:
+            return "The Keychain is locked, so the token in it can't be read. Unlock it and try again.";
+        case SecretStatus::noService:
+            return "No Keychain answers, so no token can be read. Start your keyring and try again.";
+        case SecretStatus::failed:
+            return "The Keychain doesn't answer as it should, so the token in it can't be read. Start your keyring "
+                   "again.";
+        case SecretStatus::success:
+        case SecretStatus::notFound:
+            break;
+    }
+    return APIError::missingToken().message();
+}
+
 Task<Result<void, LinkError>> ParvelaSession::adoptLink(BridgeMessage::Link link, std::optional<Url> sender) const {
     return adopt(*this, std::move(link), std::move(sender));
 }
@@ -103,12 +119,15 @@ Task<Unlinked> ParvelaSession::unlinkNow(ParvelaSession session) {
 
     auto turn = session.changing_.lock();
     const auto guard = co_await turn;
-    auto readingAgain = session.tokens_.read(server.apiURL);
-    const auto current = co_await readingAgain;
-    if (current && current != token) co_return Unlinked::stillKept;
-
-    auto removing = session.tokens_.remove(server.apiURL);
-    const SecretStatus removed = co_await removing;
+    SecretStatus removed = SecretStatus::noService;
+    // A keyring that does not answer is not asked three times.
+    if (token || token.error() != SecretStatus::noService) {
+        auto readingAgain = session.tokens_.read(server.apiURL);
+        const auto current = co_await readingAgain;
+        if (current && current != token) co_return Unlinked::stillKept;
+        auto removing = session.tokens_.remove(server.apiURL);
+        removed = co_await removing;
+    }
     const std::string origin = ServerConfig::origin(server.appURL);
     session.prefs_.setLinkInfo(origin, std::nullopt);
     session.prefs_.setLinkedApi(origin, std::nullopt);
@@ -136,10 +155,21 @@ Task<std::optional<ParvelaAPI>> ParvelaSession::client() const {
 }
 
 Task<std::optional<ParvelaAPI>> ParvelaSession::makeClient(ParvelaSession session) {
+    auto connecting = connectNow(std::move(session));
+    auto api = co_await connecting;
+    if (!api) co_return std::nullopt;
+    co_return std::move(*api);
+}
+
+Task<Result<ParvelaAPI, SecretStatus>> ParvelaSession::connect() const {
+    return connectNow(*this);
+}
+
+Task<Result<ParvelaAPI, SecretStatus>> ParvelaSession::connectNow(ParvelaSession session) {
     const Url site = session.server().apiURL;
     auto reading = session.tokens_.read(site);
     auto token = co_await reading;
-    if (!token) co_return std::nullopt;
+    if (!token) co_return Failure(token.error());
     co_return ParvelaAPI{site, std::move(*token), session.transport_};
 }
 

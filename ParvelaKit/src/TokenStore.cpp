@@ -11,23 +11,25 @@ SecretItem tokenItem(const Url& apiURL, std::optional<std::string> group) {
     return {"app.parvela.token", TokenStore::accountKey(apiURL), std::move(group)};
 }
 
-Task<std::optional<std::string>> readText(std::shared_ptr<SecretStore> secrets, SecretItem item) {
+using Token = Result<std::string, SecretStatus>;
+
+Task<Token> readText(std::shared_ptr<SecretStore> secrets, SecretItem item) {
     auto reading = secrets->read(std::move(item));
     auto secret = co_await reading;
-    if (!secret || !isValidUtf8(*secret)) co_return std::nullopt;
-    co_return std::move(*secret);
+    if (secret && !isValidUtf8(*secret)) co_return Failure(SecretStatus::failed);
+    co_return secret;
 }
 
-Task<std::optional<std::string>> readToken(std::shared_ptr<SecretStore> secrets, Url apiURL,
-                                           std::optional<std::string> group) {
+Task<Token> readToken(std::shared_ptr<SecretStore> secrets, Url apiURL, std::optional<std::string> group) {
+    Token shared = Failure(SecretStatus::notFound);
     if (group) {
         auto reading = readText(secrets, tokenItem(apiURL, group));
-        auto token = co_await reading;
-        if (token) co_return token;
+        shared = co_await reading;
+        if (shared || shared.error() == SecretStatus::noService) co_return shared;
     }
     auto reading = readText(secrets, tokenItem(apiURL, std::nullopt));
-    auto token = co_await reading;
-    co_return token;
+    auto own = co_await reading;
+    co_return own || own.error() != SecretStatus::notFound ? own : shared;
 }
 
 Task<SecretStatus> saveToken(std::shared_ptr<SecretStore> secrets, AsyncMutex writing, std::string token, Url apiURL,
@@ -72,7 +74,7 @@ Task<SecretStatus> writeSecret(std::shared_ptr<SecretStore> secrets, SecretItem 
     co_return status;
 }
 
-Task<std::optional<std::string>> TokenStore::read(Url apiURL) const {
+Task<Result<std::string, SecretStatus>> TokenStore::read(Url apiURL) const {
     return readToken(secrets_, std::move(apiURL), accessGroup_);
 }
 

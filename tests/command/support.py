@@ -1,6 +1,9 @@
 """What the tests of the command stand on: a private bus, keyring and home folder without a display, and a scripted service."""
 
+import contextlib
 import json
+import os
+import signal
 import unittest
 
 from harness import programs
@@ -83,6 +86,16 @@ class CommandCase(unittest.TestCase):
 
     def parvela(self, *arguments, stdin=None, env=None):
         return self.session.run(programs.path("parvela"), *arguments, stdin=stdin, env=env)
+
+    @contextlib.contextmanager
+    def silent_keyring(self):
+        """The keyring is there and answers nothing."""
+        (daemon,) = self.session.programs("gnome-keyring-daemon")
+        os.kill(daemon.pid, signal.SIGSTOP)
+        try:
+            yield
+        finally:
+            os.kill(daemon.pid, signal.SIGCONT)
 
     def link(self):
         done = self.parvela("link-token", stdin=TOKEN + "\n")

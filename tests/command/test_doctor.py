@@ -65,6 +65,10 @@ class Doctor(CommandCase):
         self.parvela("add", "x")
         self.assertEqual(self.verdicts("Server", "Link", "Waiting lines"), ["problem", "notice", "notice"])
 
+    def test_a_keyring_that_does_not_answer(self):
+        with self.silent_keyring():
+            self.assertEqual(self.rows()["Keyring"]["finding"], "The keyring does not answer, so no token can be read.")
+
     def test_a_folder_that_cannot_be_written(self):
         cache = self.session.home / ".cache" / "parvela"
         cache.write_text("in the way")

@@ -5,6 +5,7 @@ import os
 import pty
 import select
 import subprocess
+import time
 
 from harness import programs
 from harness.session import Keyring
@@ -40,6 +41,17 @@ class Link(CommandCase):
         self.assertEqual(json.loads(self.parvela("unlink", "--json").stdout), {"linked": False, "hadToken": True, "revoked": False})
         self.assertEqual(json.loads(self.parvela("unlink", "--json").stdout), {"linked": False, "hadToken": False, "revoked": False})
 
+    def test_a_silent_keyring_is_waited_for_once(self):
+        self.link()
+        self.addCleanup(self.parvela, "unlink")
+        unread = "parvela: No Keychain answers, so no token can be read. Start your keyring and try again."
+        unknown = "parvela: The Keychain doesn't answer, so a token may still be in it. Unlink again once it does."
+        for arguments, status, said in ((["add", "x"], 3, unread), (["unlink"], 1, unknown)):
+            with self.subTest(arguments), self.silent_keyring():
+                begin = time.monotonic()
+                self.assert_says(self.parvela(*arguments), status, err=said)
+                self.assertLess(time.monotonic() - begin, 9)
+
     def test_what_is_no_token_is_not_stored(self):
         for text in ("hello\n", "\n", "tk_\n", "tk_" + "x" * 600 + "\n"):
             self.assert_says(self.parvela("link-token", stdin=text), 2, err=NO_TOKEN)
@@ -72,7 +84,13 @@ class LockedKeyring(CommandCase):
     options = {"keyring": Keyring.locked}
 
     def test_reading_does_not_wait_and_saving_reports_the_status(self):
-        self.assertEqual(self.parvela("due").returncode, 3)
+        locked = "parvela: The Keychain is locked, so the token in it can't be read. Unlock it and try again."
+        for arguments in (["due"], ["boards"], ["add", "x"]):
+            self.assert_says(self.parvela(*arguments), 3, err=locked)
+        kept = self.session.home / ".cache" / "parvela" / "words.json"
+        kept.parent.mkdir(exist_ok=True)
+        kept.write_text(json.dumps({"site": self.service.url, "at": 1, "boards": [["Home", "b1"]]}), encoding="utf-8")
+        self.assert_says(self.parvela("words", "boards"), 0, "Home\tb1")
         self.assert_says(self.parvela("link-token", stdin=TOKEN), 1, err="parvela: Couldn't save to the Keychain (error -25308).")
         self.assert_says(self.parvela("unlink"), 1, err="parvela: A token is still in the Keychain. Unlock the Keychain and unlink again.")
 

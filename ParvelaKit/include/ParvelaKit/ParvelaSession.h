@@ -58,6 +58,9 @@ enum class Unlinked {
 /// The user-facing text.
 std::string_view message(Unlinked outcome);
 
+/// The user-facing text for a token that the keyring did not give.
+std::string noTokenText(SecretStatus status);
+
 /// The link between this device and the web app in force: its token, its record, and the API client made from both.
 ///
 /// Copies share everything. Operations use the configuration that is in force when they are called; what changes while
@@ -87,6 +90,8 @@ public:
     std::optional<LinkInfo> linkInfo() const;
     /// A client for the API site in force; none without a stored token.
     Task<std::optional<ParvelaAPI>> client() const;
+    /// The same, or why the keyring gave no token.
+    Task<Result<ParvelaAPI, SecretStatus>> connect() const;
 
 private:
     static Task<Result<void, LinkError>> adopt(ParvelaSession session, BridgeMessage::Link link,
@@ -94,6 +99,7 @@ private:
     static Task<Result<void, PastedTokenError>> savePasted(ParvelaSession session, std::string text);
     static Task<Unlinked> unlinkNow(ParvelaSession session);
     static Task<std::optional<ParvelaAPI>> makeClient(ParvelaSession session);
+    static Task<Result<ParvelaAPI, SecretStatus>> connectNow(ParvelaSession session);
 
     Preferences prefs_;
     TokenStore tokens_;

@@ -20,8 +20,9 @@ public:
     explicit TokenStore(std::shared_ptr<SecretStore> secrets, std::optional<std::string> accessGroup = std::nullopt)
         : secrets_(std::move(secrets)), accessGroup_(std::move(accessGroup)) {}
 
-    /// The group's copy, else the application's own. A keyring that fails or holds no text has no token.
-    Task<std::optional<std::string>> read(Url apiURL) const;
+    /// The group's copy, else the application's own. Only SecretStatus::notFound says that there is none; a secret that
+    /// is no text is SecretStatus::failed. A keyring that does not answer is asked once.
+    Task<Result<std::string, SecretStatus>> read(Url apiURL) const;
     /// Succeeds when the application's own copy was written, or else when the group's was.
     Task<SecretStatus> save(std::string token, Url apiURL) const;
     /// Removes both copies; the status is that of the application's own.

@@ -1,5 +1,6 @@
 #include "DesktopChecks.h"
 
+#include "AsyncCall.h"
 #include "AtomicFile.h"
 
 #include <ParvelaKit/BuildInfo.h>
@@ -25,6 +26,8 @@ namespace parvela::diagnostics {
 namespace {
 
 using Verdict = Diagnostic::Verdict;
+
+constexpr int keyringPatience = 5000;  // milliseconds
 
 std::string environment(const char* name) {
     const char* const value = std::getenv(name);
@@ -87,21 +90,22 @@ Task<std::vector<std::string>> names(dbus::Bus bus, std::string method) {
     co_return found;
 }
 
+/// The Boolean that a property holds; none without an answer.
+std::optional<bool> booleanIn(const VariantPtr& answer) {
+    if (!answer || !g_variant_is_of_type(answer.get(), G_VARIANT_TYPE("(v)"))) return std::nullopt;
+    VariantPtr value;
+    g_variant_get(answer.get(), "(v)", value.out());
+    if (!g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN)) return std::nullopt;
+    return g_variant_get_boolean(value.get()) != FALSE;
+}
+
 /// A Boolean property; none when nobody answers.
 Task<std::optional<bool>> property(dbus::Bus bus, dbus::Address address, std::string name) {
     const std::string interface = std::exchange(address.interface, "org.freedesktop.DBus.Properties");
     auto asking =
         dbus::call(bus, address, "Get", g_variant_new("(ss)", interface.c_str(), name.c_str()), dbus::Start::never);
     const VariantPtr answer = co_await asking;
-    std::optional<bool> result;
-    if (answer && g_variant_is_of_type(answer.get(), G_VARIANT_TYPE("(v)"))) {
-        VariantPtr value;
-        g_variant_get(answer.get(), "(v)", value.out());
-        if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN)) {
-            result = g_variant_get_boolean(value.get()) != FALSE;
-        }
-    }
-    co_return result;
+    co_return booleanIn(answer);
 }
 
 Diagnostic automation(const Names& names, const std::string& id) {
@@ -144,10 +148,20 @@ Task<Diagnostic> keyring(dbus::Bus bus, bool isThere) {
         co_return Diagnostic{what, Verdict::problem, "No keyring answers, so no token can be kept.",
                              "Install and start a keyring such as gnome-keyring or KWallet."};
     }
-    const dbus::Address collection{"org.freedesktop.secrets", "/org/freedesktop/secrets/aliases/default",
-                                   "org.freedesktop.Secret.Collection"};
-    auto asking = property(bus, collection, "Locked");
-    const auto locked = co_await asking;
+    const auto waiting = startAsync([&bus](GAsyncReadyCallback done, gpointer data) {
+        g_dbus_connection_call(bus.get(), "org.freedesktop.secrets", "/org/freedesktop/secrets/aliases/default",
+                               "org.freedesktop.DBus.Properties", "Get",
+                               g_variant_new("(ss)", "org.freedesktop.Secret.Collection", "Locked"), nullptr,
+                               G_DBUS_CALL_FLAGS_NO_AUTO_START, keyringPatience, nullptr, done, data);
+    });
+    const auto result = co_await waiting;
+    ErrorPtr error;
+    const VariantPtr answer(g_dbus_connection_call_finish(bus.get(), result.get(), error.out()));
+    if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT)) {
+        co_return Diagnostic{what, Verdict::problem, "The keyring does not answer, so no token can be read.",
+                             "Start your keyring again, or sign out of the desktop and in again."};
+    }
+    const auto locked = booleanIn(answer);
     if (!locked) {
         co_return Diagnostic{what, Verdict::notice, "The keyring has no default collection yet, or is not started.",
                              "It is made when Parvela is linked; the desktop may ask for a password."};

@@ -130,6 +130,10 @@ TEST_F(ParvelaIntentsTest, worksOnlyWithAToken) {
     EXPECT_EQ(perform(CompleteTaskIntent{"TSK-42"}), missing);
     EXPECT_TRUE(intents_.suggestedBoards().result()->empty());
     EXPECT_TRUE(network.requests().empty());
+
+    secrets->fail("read", SecretStatus::locked);
+    EXPECT_EQ(perform(ShowTasksDueTodayIntent{}), noTokenText(SecretStatus::locked));
+    EXPECT_EQ(intents_.suggestedBoards().result().error().name(), "NotLinked");
 }
 
 TEST(ParvelaIntents, areDescribedForTools) {

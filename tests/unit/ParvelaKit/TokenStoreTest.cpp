@@ -118,10 +118,24 @@ TEST_F(TokenStoreTest, theStatusOfASaveIsTheFirstCopysUnlessThatFailed) {
     }
 }
 
-TEST_F(TokenStoreTest, aKeyringThatFailsHasNoToken) {
-    secrets->secrets["app.parvela.token api.test"] = "tk_a";
-    secrets->fail("read", SecretStatus::locked);
-    EXPECT_EQ(read(TokenStore(secrets, "team"), site), "none");
+TEST_F(TokenStoreTest, onlyAKeyringThatSaysSoHasNoToken) {
+    const std::string ownItem = "app.parvela.token api.test", sharedItem = ownItem + " team";
+    const struct {
+        SecretStatus own, shared, result;
+        std::size_t calls;
+    } cases[] = {
+        {SecretStatus::notFound, SecretStatus::notFound, SecretStatus::notFound, 2},
+        {SecretStatus::notFound, SecretStatus::locked, SecretStatus::locked, 2},
+        {SecretStatus::locked, SecretStatus::notFound, SecretStatus::locked, 2},
+        {SecretStatus::noService, SecretStatus::noService, SecretStatus::noService, 1},
+    };
+    for (const auto& [ownStatus, sharedStatus, result, calls] : cases) {
+        secrets->calls.clear();
+        secrets->fail("read", ownStatus, ownItem);
+        secrets->fail("read", sharedStatus, sharedItem);
+        EXPECT_EQ(TokenStore(secrets, "team").read(site).result().error(), result);
+        EXPECT_EQ(secrets->calls.size(), calls);
+    }
 }
 
 TEST_F(TokenStoreTest, aRemovalDuringASaveWaitsForBothCopies) {
