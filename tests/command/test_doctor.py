@@ -2,6 +2,8 @@
 
 import json
 import socket
+import threading
+import time
 
 from harness.session import Keyring
 from support import CommandCase, TOKEN
@@ -52,6 +54,13 @@ class Doctor(CommandCase):
             self.service.answers["GET", "/me"] = (status, {})
             self.assertEqual(self.verdicts("Link"), [verdict])
 
+        asked = threading.Event()
+        self.addCleanup(asked.set)
+        self.service.answers["GET", "/me"] = lambda _: asked.wait(30) and (200, {})
+        begin = time.monotonic()
+        self.assertEqual(self.rows()["Link"]["remedy"], "Parvela took too long to answer. Try again.")
+        self.assertLess(time.monotonic() - begin, 12)
+
     def test_a_server_that_is_away_and_lines_that_wait(self):
         self.link()
         self.addCleanup(self.parvela, "unlink")
@@ -67,7 +76,9 @@ class Doctor(CommandCase):
 
     def test_a_keyring_that_does_not_answer(self):
         with self.silent_keyring():
-            self.assertEqual(self.rows()["Keyring"]["finding"], "The keyring does not answer, so no token can be read.")
+            rows = self.rows()
+        self.assertEqual(rows["Keyring"]["finding"], "The keyring does not answer, so no token can be read.")
+        self.assertEqual(rows["Link"]["finding"], "Whether this device is linked is not known while the keyring does not answer.")
 
     def test_a_folder_that_cannot_be_written(self):
         cache = self.session.home / ".cache" / "parvela"
@@ -82,6 +93,7 @@ class LockedKeyring(CommandCase):
     def test_is_a_problem(self):
         rows = {row["what"]: row for row in json.loads(self.parvela("doctor", "--json").stdout)}
         self.assertEqual(rows["Keyring"]["finding"], "The keyring is locked.")
+        self.assertEqual(rows["Link"]["finding"], "Whether this device is linked is not known while the keyring is locked.")
 
 
 class NoBus(CommandCase):

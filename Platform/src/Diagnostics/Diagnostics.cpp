@@ -4,9 +4,11 @@
 #include <ParvelaKit/ServerConfig.h>
 #include <Platform/Diagnostics.h>
 #include <Platform/LocalPorts.h>
+#include <Platform/MainLoop.h>
 
 #include <chrono>
 #include <iterator>
+#include <stop_token>
 #include <utility>
 
 #include <fmt/format.h>
@@ -66,13 +68,21 @@ Task<Diagnostic> server(ServerConfig config, Transport transport) {
 
 Task<Diagnostic> link(ParvelaSession session) {
     const std::string what = "Link";
-    auto connecting = session.client();
+    auto connecting = session.connect();
     const auto api = co_await connecting;
-    if (!api) {
+    if (!api && api.error() == SecretStatus::notFound) {
         co_return Diagnostic{what, Verdict::notice, "This device is not linked.",
                              "Sign in in Parvela's window and allow the link, or run “parvela link-token”."};
     }
-    auto asking = api->send<Me>(Endpoint::me());
+    if (!api) {
+        const char* const reason = api.error() == SecretStatus::locked ? "is locked" : "does not answer";
+        co_return Diagnostic{what, Verdict::notice,
+                             fmt::format("Whether this device is linked is not known while the keyring {}.", reason),
+                             "Do what is said about the keyring, and look again."};
+    }
+    std::stop_source stop;
+    const MainLoopTimer limit(serverPatience, [&stop] { stop.request_stop(); });
+    auto asking = api->send<Me>(Endpoint::me(), stop.get_token());
     const auto me = co_await asking;
     if (me) {
         const std::string workspace = me->workspace ? fmt::format(" to the workspace “{}”", me->workspace->name) : "";
@@ -84,7 +94,7 @@ Task<Diagnostic> link(ParvelaSession session) {
                              "Link this device again, or run “parvela link-token” with a new token."};
     }
     co_return Diagnostic{what, Verdict::notice, "A token is stored, but it could not be checked now.",
-                         error ? error->message() : ""};
+                         error.value_or(APIError::timedOut()).message()};
 }
 
 Diagnostic waitingLines(const OfflineQueueStatus& queue) {
