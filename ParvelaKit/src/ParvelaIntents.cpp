@@ -233,15 +233,20 @@ std::optional<CivilDate> dateFrom(const std::string& words, CivilDate today) {
     return onlyDate && result.dueDate ? CivilDate::parse(*result.dueDate) : std::nullopt;
 }
 
+/// What two names of the same board have in common.
+std::string folded(const std::string& name) {
+    return lowercased(trimmed(name));
+}
+
 /// By id, or by name without regard to case.
 Result<BoardEntity, IntentError> boardNamed(const std::string& wanted, const std::vector<BoardEntity>& boards) {
     const auto byId = std::ranges::find(boards, wanted, &BoardEntity::id);
     if (byId != boards.end()) return *byId;
-    const std::string name = lowercased(trimmed(wanted));
+    const std::string name = folded(wanted);
     const BoardEntity* found = nullptr;
     std::string ids;
     for (const BoardEntity& board : boards) {
-        if (lowercased(trimmed(board.name)) != name) continue;
+        if (folded(board.name) != name) continue;
         ids += (ids.empty() ? "" : ", ") + board.id;
         found = &board;
     }
@@ -279,7 +284,8 @@ Task<Result<AddTaskIntent, IntentError>> understood(ParvelaSession session, AddT
                               fmt::format("“{}” is not a priority. Use low, medium, high or urgent.", *words.priority));
         }
     }
-    // The default board needs no network, so a line for it can be kept while offline.
+    // The default board needs no network, so a line for it can be kept while offline. Its name may have a namesake, and
+    // is only believed when the boards can't be read.
     if (!words.board || words.board == session.prefs().defaultBoardID()) co_return intent;
 
     auto connecting = session.connect();
@@ -287,7 +293,11 @@ Task<Result<AddTaskIntent, IntentError>> understood(ParvelaSession session, AddT
     if (!api) co_return unlinked(api.error());
     auto asking = findBoards(session, std::nullopt);
     const auto boards = co_await asking;
-    if (!boards) co_return Failure(boards.error());
+    if (!boards) {
+        const auto name = session.prefs().defaultBoardName();
+        if (session.prefs().defaultBoardID() && name && folded(*name) == folded(*words.board)) co_return intent;
+        co_return Failure(boards.error());
+    }
     auto board = boardNamed(*words.board, *boards);
     if (!board) co_return Failure(std::move(board.error()));
     intent.board = std::move(*board);

@@ -187,7 +187,10 @@ class Offline(CommandCase):
 
     def test_a_line_for_a_known_board_waits(self):
         self.write_settings(defaultBoardID="b1", defaultBoardName="Home")
-        self.assert_says(self.parvela("add", "Write brief tomorrow"), 0, "Saved. It will be added when you are back online.")
+        for board in ([], ["--board", "b1"], ["--board", " home "]):
+            with self.subTest(board):
+                self.assert_says(self.parvela("add", "Write brief tomorrow", *board), 0,
+                                 "Saved. It will be added when you are back online.")
         (database,) = (self.session.data_home / "parvela").glob("*.sqlite")
         with sqlite3.connect(database) as connection:
             tables = [name for (name,) in connection.execute("SELECT name FROM sqlite_master WHERE type = 'table'")]

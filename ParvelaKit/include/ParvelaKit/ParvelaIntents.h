@@ -137,8 +137,8 @@ public:
     /// Add, show, open, complete, in this order.
     static std::span<const IntentDescription> descriptions();
 
-    /// Finds out what the words mean. The service is asked for its boards only when one is named that is not the
-    /// default board; nothing is created.
+    /// Finds out what the words mean. The service is asked for its boards unless none is named, or the default board by
+    /// its id; when it can't answer, the default board's name will do. Nothing is created.
     Task<Result<AddTaskIntent, IntentError>> understand(AddTaskWords words) const;
 
     Outcome perform(AddTaskIntent intent) const;
