@@ -1,5 +1,7 @@
 #include "Service.h"
 
+#include <ParvelaKit/BuildInfo.h>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +21,8 @@ using namespace parvela;
 using namespace parvela::service;
 
 namespace {
+
+constexpr int wrongUse = 2;
 
 class SystemClock final : public Clock {
 public:
@@ -101,7 +105,15 @@ int start(int argc, char** argv) {
     app.add_option("--requests-per-minute", options.requestsPerMinute, "Most requests of one person in a minute")
         ->check(CLI::Range(1, 1'000'000))
         ->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
+    app.set_version_flag("--version", fmt::format("Parvela {}", BuildInfo::version()), "Show the version and end");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& wish) {
+        return app.exit(wish);  // help or version
+    } catch (const CLI::ParseError& error) {
+        fail(fmt::format("{}\nSee “parvela-local-service --help”.", error.what()));
+        return wrongUse;
+    }
     if (!assets.empty()) options.assets = assets;
     return run(folder, std::move(options));
 }

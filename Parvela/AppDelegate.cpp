@@ -81,6 +81,7 @@ AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::connectApplication() {
     g_application_add_main_option_entries(G_APPLICATION(application_.get()), options.data());
+    g_application_set_option_context_parameter_string(G_APPLICATION(application_.get()), "[URL…]");
     GApplication* const application = G_APPLICATION(application_.get());
     connections_.push_back(connect<int(GApplication*, GVariantDict*)>(
         application, "handle-local-options",

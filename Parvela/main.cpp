@@ -10,8 +10,6 @@ int main(int argc, char** argv) {
     constexpr int largestKeptBlock = 1024 * 1024;
     mallopt(M_MMAP_THRESHOLD, largestKeptBlock);
     mallopt(M_TRIM_THRESHOLD, largestKeptBlock);
-    // Window managers and docks match windows to the desktop entry by the program's name.
-    g_set_prgname(PARVELA_APP_ID);
     g_set_application_name("Parvela");
     AppDelegate delegate(UpdateFeed::ofThisBuild());
     return delegate.run(argc, argv);

@@ -23,6 +23,9 @@ struct EarlyApplicationClass {
 gpointer parentClass = nullptr;
 
 void startup(GApplication* application) {
+    // Window managers and docks match windows to the desktop entry by the program's name. Until here it was what people
+    // type, for the help.
+    g_set_prgname(g_application_get_application_id(application));
     if (!gtk_init_check()) {
         fmt::print(stderr, "parvela: There is no display. Parvela's window needs a desktop session.\n");
         std::exit(EXIT_FAILURE);

@@ -9,7 +9,6 @@ int main(int argc, char** argv) {
     using namespace parvela;
     const char* const address = std::getenv("PARVELA_TEST_FEED");
     const char* const key = std::getenv("PARVELA_TEST_FEED_KEY");
-    g_set_prgname(PARVELA_APP_ID);
     g_set_application_name("Parvela");
     AppDelegate delegate(UpdateFeed::from(address ? address : "", key ? key : ""));
     return delegate.run(argc, argv);
