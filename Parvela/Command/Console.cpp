@@ -216,8 +216,8 @@ std::optional<std::string> Console::readSecret(std::string_view prompt) const {
     const bool typed = isatty(STDIN_FILENO) == 1;
     std::optional<HiddenInput> hidden;
     if (typed) {
-        complain(std::string(prompt));
         hidden.emplace();
+        complain(std::string(prompt));
     }
     std::string text;
     char c = 0;

@@ -75,7 +75,7 @@ class Link(CommandCase):
 
     def read_until(self, descriptor, end):
         shown = b""
-        while not shown.rstrip(b"\r\n").endswith(end.rstrip()) and select.select([descriptor], [], [], 10)[0]:
+        while not shown.rstrip().endswith(end.rstrip()) and select.select([descriptor], [], [], 10)[0]:
             shown += os.read(descriptor, 4096)
         return shown
 
