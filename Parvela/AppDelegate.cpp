@@ -38,8 +38,6 @@ constexpr std::chrono::seconds trayPatience{5};
 constexpr std::size_t longestAlertTitle = 200;
 constexpr std::size_t longestAlertText = 1000;
 
-/// Set once the graphics driver has let a page go undrawn. People may remove it from the settings file.
-
 constexpr std::array<GOptionEntry, 5> options{{
     {"background", 0, 0, G_OPTION_ARG_NONE, nullptr, "Start without showing a window", nullptr},
     {"new-task", 0, 0, G_OPTION_ARG_NONE, nullptr, "Open the form for a new task", nullptr},

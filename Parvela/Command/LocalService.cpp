@@ -76,12 +76,8 @@ bool hasEnded(int alive) {
 }  // namespace
 
 std::optional<std::string> LocalService::ensureRunning(Workspace workspace) {
-    const ServerConfig& local = ServerConfig::local();
-    if (const auto port = LocalPorts::takenByAnotherUser({*local.appURL.port(), *local.apiURL.port()})) {
-        return fmt::format(
-            "Port {} of this machine is taken by another user. Start your own service with “parvela-local-service "
-            "--web-port 3101 --api-port 3214”, and name it in Settings.",
-            *port);
+    if (const auto port = LocalPorts::takenByAnotherUser()) {
+        return fmt::format("Port {} of this machine is taken by another user. {}", *port, LocalPorts::remedy);
     }
     if (isUp()) return std::nullopt;
     const auto folder = XdgPaths::current().state;

@@ -1,3 +1,4 @@
+#include <ParvelaKit/ServerConfig.h>
 #include <Platform/LocalPorts.h>
 
 #include <algorithm>
@@ -34,8 +35,9 @@ bool isOfAnotherUser(const std::string& line, int port) {
 
 }  // namespace
 
-std::optional<int> LocalPorts::takenByAnotherUser(std::initializer_list<int> ports) {
-    for (const int port : ports) {
+std::optional<int> LocalPorts::takenByAnotherUser() {
+    const ServerConfig& local = ServerConfig::local();
+    for (const int port : {*local.appURL.port(), *local.apiURL.port()}) {
         for (const char* const table : {"/proc/net/tcp", "/proc/net/tcp6"}) {
             std::ifstream lines(table);
             for (std::string line; std::getline(lines, line);) {

@@ -35,12 +35,11 @@ Task<Diagnostic> server(ServerConfig config, Transport transport) {
     const std::string app = ServerConfig::origin(config.appURL);
     const ServerConfig& local = ServerConfig::local();
     if (config.appURL == local.appURL && config.apiURL == local.apiURL) {
-        if (const auto port = LocalPorts::takenByAnotherUser({*local.appURL.port(), *local.apiURL.port()})) {
+        if (const auto port = LocalPorts::takenByAnotherUser()) {
             co_return Diagnostic{
                 what, Verdict::problem,
                 fmt::format("Port {} of this machine is taken by another user, who receives what you send.", *port),
-                "Start your own service with “parvela-local-service --web-port 3101 --api-port 3214”, and name it in "
-                "Settings."};
+                std::string(LocalPorts::remedy)};
         }
     }
     auto askingSite = answers(transport, config.apiURL);
